@@ -1,0 +1,19 @@
+// Umbrella header: every public declaration of the library.
+#ifndef QELSDK_QELSDK_H
+#define QELSDK_QELSDK_H
+
+#include <qelsdk/core/base/qelalloc.h>
+#include <qelsdk/core/base/qelarray.h>
+#include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/qelblob.h>
+#include <qelsdk/core/qelcolor.h>
+#include <qelsdk/core/qeldatatype.h>
+#include <qelsdk/core/qeldatetime.h>
+#include <qelsdk/core/qeldistance.h>
+#include <qelsdk/core/qelhalffloat.h>
+#include <qelsdk/core/qelpropertytypes.h>
+#include <qelsdk/core/qelstring.h>
+#include <qelsdk/core/qeltime.h>
+#include <qelsdk/core/qelvector.h>
+
+#endif
