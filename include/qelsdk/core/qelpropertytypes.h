@@ -7,6 +7,8 @@
 #include <qelsdk/core/qelcolor.h>
 #include <qelsdk/core/qelvector.h>
 
+#include <cstddef>
+
 namespace qelsdk {
 
 class QelLayerElementArray;
@@ -63,6 +65,18 @@ inline EQelType QelTypeOf(unsigned long long* const&) { return eQelReference; }
 inline EQelType QelTypeOf(QelLayerElementArray* const&) { return eQelReference; }
 inline EQelType QelTypeOf(QelSurfaceMaterial* const&) { return eQelReference; }
 inline EQelType QelTypeOf(QelTexture* const&) { return eQelReference; }
+
+// The untyped conversion entry point: reads *pSrc as the storage type of pSrcType
+// and converts it into *pDst taken as the storage type of pDstType. True on success;
+// on refusal the destination is untouched.
+bool QelTypeCopy(void* pDst, EQelType pDstType, const void* pSrc, EQelType pSrcType);
+
+// Converts pCount items between two strided buffers, exactly as calling the untyped
+// entry point once per item in rising order would (same values, same reports),
+// stopping at the first item that is refused. Returns the number of items converted
+// before that one: pCount when every item was converted.
+int QelTypeCopyArray(void* pDst, EQelType pDstType, size_t pDstStride, const void* pSrc,
+                     EQelType pSrcType, size_t pSrcStride, int pCount);
 
 } // namespace qelsdk
 
