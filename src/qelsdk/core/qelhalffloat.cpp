@@ -50,7 +50,8 @@ uint32_t ShiftRoundEven(uint32_t pValue, int pShift)
 // payload living only in the dropped low bits cannot turn it into infinity.
 uint16_t HalfNaN(uint32_t pAbsBits)
 {
-    return static_cast<uint16_t>(sHalfInfinity | sHalfQuietBit | (pAbsBits >> sMantissaShift));
+    return static_cast<uint16_t>(sHalfInfinity | sHalfQuietBit |
+                                 ((pAbsBits & 0x7fffffu) >> sMantissaShift));
 }
 
 // Below the smallest normal half: the result is round(value * 2^24) as the
