@@ -413,5 +413,653 @@ TEST(QelTypeCopyMatrix, EveryCellThroughEveryPath)
     EXPECT_EQ(sCellsChecked, 441);
 }
 
+// Converts through the untyped entry point, as element arrays do.
+template <class TDst, class TSrc>
+bool Convert(TDst& pDst, EQelType pDstType, const TSrc& pSrc, EQelType pSrcType)
+{
+    return QelTypeCopy(&pDst, pDstType, &pSrc, pSrcType);
+}
+
+TEST(QelTypeCopyArithmetic, WiderIntegerKeepsTheLowBits)
+{
+    signed char lChar = 0;
+    EXPECT_TRUE(QelTypeCopy(lChar, 300));
+    EXPECT_EQ(lChar, 44);
+    unsigned char lUChar = 0;
+    EXPECT_TRUE(QelTypeCopy(lUChar, -1));
+    EXPECT_EQ(lUChar, 255);
+    int lInt = 0;
+    EXPECT_TRUE(QelTypeCopy(lInt, 4294967297LL));
+    EXPECT_EQ(lInt, 1);
+    unsigned short lUShort = 0;
+    EXPECT_TRUE(QelTypeCopy(lUShort, static_cast<short>(-2)));
+    EXPECT_EQ(lUShort, 65534);
+}
+
+TEST(QelTypeCopyArithmetic, FloatingTruncatesTowardZero)
+{
+    int lInt = 0;
+    EXPECT_TRUE(QelTypeCopy(lInt, 2.9));
+    EXPECT_EQ(lInt, 2);
+    EXPECT_TRUE(QelTypeCopy(lInt, -2.9));
+    EXPECT_EQ(lInt, -2);
+    EXPECT_TRUE(QelTypeCopy(lInt, 2.9f));
+    EXPECT_EQ(lInt, 2);
+    EXPECT_TRUE(QelTypeCopy(lInt, -2.9f));
+    EXPECT_EQ(lInt, -2);
+    long long lLong = 0;
+    EXPECT_TRUE(QelTypeCopy(lLong, -1e15 - 0.5));
+    EXPECT_EQ(lLong, -1000000000000000LL);
+    unsigned int lUInt = 7;
+    EXPECT_TRUE(QelTypeCopy(lUInt, -0.5));
+    EXPECT_EQ(lUInt, 0u);
+}
+
+TEST(QelTypeCopyArithmetic, UnsignedLongLongFromTwoPow63Up)
+{
+    unsigned long long lValue = 0;
+    EXPECT_TRUE(QelTypeCopy(lValue, 9223372036854775808.0));
+    EXPECT_EQ(lValue, 9223372036854775808ull);
+    EXPECT_TRUE(QelTypeCopy(lValue, 18000000000000000000.0));
+    EXPECT_EQ(lValue, 18000000000000000000ull);
+    EXPECT_TRUE(QelTypeCopy(lValue, 9223372036854775808.0f));
+    EXPECT_EQ(lValue, 9223372036854775808ull);
+    EXPECT_TRUE(QelTypeCopy(lValue, 1.5e19f));
+    EXPECT_EQ(lValue, static_cast<unsigned long long>(1.5e19f));
+    EXPECT_TRUE(QelTypeCopy(lValue, 9223372036854774784.0)); // the last double below 2^63
+    EXPECT_EQ(lValue, 9223372036854774784ull);
+}
+
+TEST(QelTypeCopyArithmetic, OutOfRangeFloatingIsDefined)
+{
+    // Outside the destination: the low bits of the 64-bit truncation.
+    signed char lChar = 0;
+    EXPECT_TRUE(QelTypeCopy(lChar, 300.5));
+    EXPECT_EQ(lChar, 44);
+    int lInt = 0;
+    EXPECT_TRUE(QelTypeCopy(lInt, 4294967297.75));
+    EXPECT_EQ(lInt, 1);
+    unsigned int lUInt = 0;
+    EXPECT_TRUE(QelTypeCopy(lUInt, -1.0));
+    EXPECT_EQ(lUInt, 4294967295u);
+    long long lLong = 0;
+    EXPECT_TRUE(QelTypeCopy(lLong, 9223372036854775808.0));
+    EXPECT_EQ(lLong, std::numeric_limits<long long>::min());
+    // Beyond every 64-bit integer: the 64-bit bounds; NaN: 0.
+    unsigned long long lULong = 0;
+    EXPECT_TRUE(QelTypeCopy(lULong, 1e30));
+    EXPECT_EQ(lULong, std::numeric_limits<unsigned long long>::max());
+    EXPECT_TRUE(QelTypeCopy(lULong, -1e30));
+    EXPECT_EQ(lULong, 9223372036854775808ull);
+    EXPECT_TRUE(QelTypeCopy(lLong, std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(lLong, -1);
+    EXPECT_TRUE(QelTypeCopy(lLong, -std::numeric_limits<float>::infinity()));
+    EXPECT_EQ(lLong, std::numeric_limits<long long>::min());
+    lInt = 5;
+    EXPECT_TRUE(QelTypeCopy(lInt, std::nan("")));
+    EXPECT_EQ(lInt, 0);
+}
+
+TEST(QelTypeCopyArithmetic, UnsignedSixtyFourBitToFloating)
+{
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, 18446744073709551615ull));
+    EXPECT_EQ(lDouble, 18446744073709551616.0);
+    float lFloat = 0;
+    EXPECT_TRUE(QelTypeCopy(lFloat, 4000000000u));
+    EXPECT_EQ(lFloat, 4000000000.0f);
+    EXPECT_TRUE(QelTypeCopy(lFloat, 1e300)); // IEEE rounding beyond float's range
+    EXPECT_EQ(lFloat, std::numeric_limits<float>::infinity());
+}
+
+TEST(QelTypeCopyArithmetic, BoolFromAndToNumbers)
+{
+    bool lBool = true;
+    EXPECT_TRUE(QelTypeCopy(lBool, 0.0));
+    EXPECT_FALSE(lBool);
+    EXPECT_TRUE(QelTypeCopy(lBool, 0.1));
+    EXPECT_TRUE(lBool);
+    EXPECT_TRUE(QelTypeCopy(lBool, -0.0f));
+    EXPECT_FALSE(lBool);
+    EXPECT_TRUE(QelTypeCopy(lBool, 256)); // not the low bits: any non-zero is true
+    EXPECT_TRUE(lBool);
+    EXPECT_TRUE(QelTypeCopy(lBool, 0ull));
+    EXPECT_FALSE(lBool);
+    int lInt = 5;
+    EXPECT_TRUE(QelTypeCopy(lInt, true));
+    EXPECT_EQ(lInt, 1);
+    EXPECT_TRUE(QelTypeCopy(lInt, false));
+    EXPECT_EQ(lInt, 0);
+    double lDouble = 5;
+    EXPECT_TRUE(QelTypeCopy(lDouble, true));
+    EXPECT_EQ(lDouble, 1.0);
+}
+
+TEST(QelTypeCopyArithmetic, HalfFloatIsBuiltFromFloat)
+{
+    QelHalfFloat lHalf;
+    EXPECT_TRUE(QelTypeCopy(lHalf, 0.1));
+    EXPECT_EQ(lHalf, QelHalfFloat(0.1f));
+    EXPECT_TRUE(QelTypeCopy(lHalf, 3));
+    EXPECT_EQ(lHalf.value(), 3.0f);
+    EXPECT_TRUE(QelTypeCopy(lHalf, true));
+    EXPECT_EQ(lHalf.value(), 1.0f);
+    EXPECT_TRUE(QelTypeCopy(lHalf, 70000LL)); // beyond binary16: infinity
+    EXPECT_EQ(lHalf.value(), std::numeric_limits<float>::infinity());
+}
+
+TEST(QelTypeCopyRules, HalfFloatSource)
+{
+    const QelHalfFloat lHalf(1.5f);
+    float lFloat = 0;
+    EXPECT_TRUE(QelTypeCopy(lFloat, lHalf));
+    EXPECT_EQ(lFloat, 1.5f);
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, lHalf));
+    EXPECT_EQ(lDouble, 1.5);
+    QelDouble2 lTwo;
+    EXPECT_TRUE(QelTypeCopy(lTwo, lHalf));
+    EXPECT_EQ(lTwo, QelDouble2(1.5, 1.5));
+    QelDouble3 lThree;
+    EXPECT_TRUE(QelTypeCopy(lThree, lHalf));
+    EXPECT_EQ(lThree, QelDouble3(1.5, 1.5, 1.5));
+}
+
+TEST(QelTypeCopyRules, DistanceGivesItsInternalValue)
+{
+    const QelDistance lDistance(2.5f, "m");
+    float lFloat = 0;
+    EXPECT_TRUE(QelTypeCopy(lFloat, lDistance));
+    EXPECT_EQ(lFloat, 250.0f);
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, lDistance));
+    EXPECT_EQ(lDouble, 250.0);
+    QelHalfFloat lHalf;
+    EXPECT_TRUE(QelTypeCopy(lHalf, lDistance));
+    EXPECT_EQ(lHalf.value(), 250.0f);
+}
+
+TEST(QelTypeCopyRules, TimeGivesSecondsToDouble)
+{
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, QelTime(3 * sSecond / 2)));
+    EXPECT_EQ(lDouble, 1.5);
+}
+
+TEST(QelTypeCopyRules, ScalarIntoEveryComponent)
+{
+    QelDouble3 lThree(9, 9, 9);
+    EXPECT_TRUE(QelTypeCopy(lThree, 3));
+    EXPECT_EQ(lThree, QelDouble3(3, 3, 3));
+    QelDouble2 lTwo;
+    EXPECT_TRUE(QelTypeCopy(lTwo, true));
+    EXPECT_EQ(lTwo, QelDouble2(1, 1));
+    EXPECT_TRUE(QelTypeCopy(lTwo, 2.75f));
+    EXPECT_EQ(lTwo, QelDouble2(2.75, 2.75));
+}
+
+TEST(QelTypeCopyRules, FirstComponentIntoDouble)
+{
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, QelDouble2(7, 8)));
+    EXPECT_EQ(lDouble, 7.0);
+    EXPECT_TRUE(QelTypeCopy(lDouble, QelDouble3(6, 8, 9)));
+    EXPECT_EQ(lDouble, 6.0);
+    EXPECT_TRUE(QelTypeCopy(lDouble, QelDouble4(5, 8, 9, 10)));
+    EXPECT_EQ(lDouble, 5.0);
+    EXPECT_TRUE(QelTypeCopy(lDouble, sMatrix));
+    EXPECT_EQ(lDouble, 0.5);
+}
+
+TEST(QelTypeCopyRules, ThreeAndFourVectors)
+{
+    QelDouble4 lFour(9, 9, 9, 9);
+    EXPECT_TRUE(QelTypeCopy(lFour, QelDouble3(1, 2, 3)));
+    EXPECT_EQ(lFour, QelDouble4(1, 2, 3, 9));
+    QelDouble3 lThree;
+    EXPECT_TRUE(QelTypeCopy(lThree, QelDouble4(4, 5, 6, 7)));
+    EXPECT_EQ(lThree, QelDouble3(4, 5, 6));
+    EXPECT_TRUE(Convert(lFour, eQelDouble4, QelDouble3(7, 8, 9), eQelDouble3));
+    EXPECT_EQ(lFour, QelDouble4(7, 8, 9, 9));
+}
+
+TEST(QelTypeCopyRules, SameTypeAssigns)
+{
+    QelDateTime lDate;
+    EXPECT_TRUE(QelTypeCopy(lDate, QelDateTime(29, 2, 2024, 13, 45, 30)));
+    EXPECT_EQ(lDate, QelDateTime(29, 2, 2024, 13, 45, 30));
+    QelBlob lBlob;
+    EXPECT_TRUE(Convert(lBlob, eQelBlob, QelBlob("xyz", 3), eQelBlob));
+    EXPECT_EQ(lBlob, QelBlob("xyz", 3));
+    QelDouble4x4 lMatrix;
+    EXPECT_TRUE(Convert(lMatrix, eQelDouble4x4, sMatrix, eQelDouble4x4));
+    EXPECT_EQ(lMatrix, sMatrix);
+    int lInt = 0;
+    EXPECT_TRUE(Convert(lInt, eQelEnumMulti, 12, eQelEnum));
+    EXPECT_EQ(lInt, 12);
+}
+
+TEST(QelTypeCopyText, ParsesIntoTheDestination)
+{
+    int lInt = 5;
+    EXPECT_TRUE(QelTypeCopy(lInt, QelString("12")));
+    EXPECT_EQ(lInt, 12);
+    EXPECT_FALSE(QelTypeCopy(lInt, QelString("x")));
+    EXPECT_EQ(lInt, 12);
+    unsigned int lUInt = 5;
+    EXPECT_FALSE(QelTypeCopy(lUInt, QelString("-1")));
+    EXPECT_EQ(lUInt, 5u);
+    signed char lChar = 5;
+    EXPECT_FALSE(QelTypeCopy(lChar, QelString("300")));
+    EXPECT_EQ(lChar, 5);
+    bool lBool = false;
+    EXPECT_TRUE(QelTypeCopy(lBool, QelString("true")));
+    EXPECT_TRUE(lBool);
+    double lDouble = 0;
+    EXPECT_TRUE(QelTypeCopy(lDouble, QelString("2.5e3")));
+    EXPECT_EQ(lDouble, 2500.0);
+    unsigned long long lULong = 0;
+    EXPECT_TRUE(QelTypeCopy(lULong, QelString("18446744073709551615")));
+    EXPECT_EQ(lULong, 18446744073709551615ull);
+}
+
+TEST(QelTypeCopyText, DateTimeFromText)
+{
+    QelDateTime lDate(1, 1, 2000, 0, 0, 0);
+    EXPECT_TRUE(QelTypeCopy(lDate, QelString("2024-02-29 13:45:30")));
+    EXPECT_EQ(lDate, QelDateTime(29, 2, 2024, 13, 45, 30));
+    ReportCapture lCapture;
+    EXPECT_FALSE(Convert(lDate, eQelDateTime, QelString("junk"), eQelString));
+    EXPECT_EQ(lDate, QelDateTime(29, 2, 2024, 13, 45, 30));
+    EXPECT_TRUE(lCapture.Reports().empty());
+}
+
+template <class T> std::string Text(const T& pValue)
+{
+    QelString lText("unset");
+    EXPECT_TRUE(QelTypeCopy(lText, pValue));
+    return lText.Buffer();
+}
+
+TEST(QelTypeCopyText, Formats)
+{
+    EXPECT_EQ(Text(static_cast<signed char>(-128)), "-128");
+    EXPECT_EQ(Text(static_cast<unsigned char>(255)), "255");
+    EXPECT_EQ(Text(static_cast<short>(-32768)), "-32768");
+    EXPECT_EQ(Text(static_cast<unsigned short>(65535)), "65535");
+    EXPECT_EQ(Text(2147483647), "2147483647");
+    EXPECT_EQ(Text(QelHalfFloat(0.25f)), "0.25");
+    EXPECT_EQ(Text(0.1f), "0.1");
+    EXPECT_EQ(Text(0.1), "0.1");
+    EXPECT_EQ(Text(1e21), "1e+21");
+    EXPECT_EQ(Text(QelDouble2(-1, 0.5)), "-1,0.5");
+    EXPECT_EQ(Text(QelDouble3(1, 2, 3)), "1,2,3");
+    EXPECT_EQ(Text(QelDouble4(1.5, 2, 3, 4)), "1.5,2,3,4");
+    EXPECT_EQ(Text(QelDistance(12.5f, "cm")), "12.5 cm");
+    EXPECT_EQ(Text(QelDateTime(29, 2, 2024, 13, 45, 30)), "2024-02-29 13:45:30");
+}
+
+TEST(QelTypeCopyText, WideIntegersPrintTheirLowThirtyTwoBitsAsInt)
+{
+    EXPECT_EQ(Text(4294967297LL), "1");
+    EXPECT_EQ(Text(-4294967297LL), "-1");
+    EXPECT_EQ(Text(2147483648u), "-2147483648");
+    EXPECT_EQ(Text(4294967295u), "-1");
+    EXPECT_EQ(Text(18446744073709551615ull), "-1");
+    EXPECT_EQ(Text(4294967296ull + 42), "42");
+}
+
+TEST(QelTypeCopyText, BoolBlobMatrixTime)
+{
+    EXPECT_EQ(Text(true), "true");
+    EXPECT_EQ(Text(false), "false");
+    EXPECT_EQ(Text(QelBlob()), "<blob>");
+    EXPECT_EQ(Text(QelBlob("any bytes", 9)), "<blob>");
+    EXPECT_EQ(Text(sMatrix), "0.5,1,2,3");
+    // The time's own text with the buffer size 128, five elements, mode 0, protocol 2.
+    char lExpected[128];
+    const QelTime lTime(3723 * sSecond + sSecond / 2);
+    lTime.GetTimeString(lExpected, 128, 5, 0, 2);
+    EXPECT_EQ(Text(lTime), lExpected);
+    EXPECT_EQ(Text(lTime), "1:02:03:15:0");
+}
+
+std::vector<unsigned char> Bytes(const QelBlob& pBlob)
+{
+    const unsigned char* lData = static_cast<const unsigned char*>(pBlob.Access());
+    return std::vector<unsigned char>(lData, lData + pBlob.Size());
+}
+
+template <class T> std::vector<unsigned char> BytesOf(const T& pValue)
+{
+    const unsigned char* lData = reinterpret_cast<const unsigned char*>(&pValue);
+    return std::vector<unsigned char>(lData, lData + sizeof(T));
+}
+
+TEST(QelTypeCopyBlob, ByteCountsAndContents)
+{
+    QelBlob lBlob("old", 3);
+    EXPECT_TRUE(QelTypeCopy(lBlob, static_cast<short>(0x1234)));
+    EXPECT_EQ(lBlob.Size(), 2);
+    EXPECT_EQ(Bytes(lBlob), BytesOf(static_cast<short>(0x1234)));
+    EXPECT_TRUE(QelTypeCopy(lBlob, true));
+    EXPECT_EQ(Bytes(lBlob), std::vector<unsigned char>{1});
+    EXPECT_TRUE(QelTypeCopy(lBlob, 0.1f));
+    EXPECT_EQ(Bytes(lBlob), BytesOf(0.1f));
+    EXPECT_TRUE(QelTypeCopy(lBlob, QelHalfFloat(1.0f)));
+    EXPECT_EQ(Bytes(lBlob), (std::vector<unsigned char>{0x00, 0x3c}));
+    EXPECT_TRUE(QelTypeCopy(lBlob, sMatrix));
+    EXPECT_EQ(lBlob.Size(), 128);
+    EXPECT_EQ(Bytes(lBlob), BytesOf(sMatrix));
+    EXPECT_TRUE(QelTypeCopy(lBlob, QelTime(-2)));
+    EXPECT_EQ(Bytes(lBlob), BytesOf(-2LL));
+}
+
+TEST(QelTypeCopyBlob, StringGivesItsCharactersWithoutTerminator)
+{
+    ReportCapture lCapture;
+    QelBlob lBlob("old", 3);
+    EXPECT_TRUE(Convert(lBlob, eQelBlob, QelString("abc"), eQelString));
+    EXPECT_EQ(Bytes(lBlob), (std::vector<unsigned char>{'a', 'b', 'c'}));
+    EXPECT_TRUE(QelTypeCopy(lBlob, QelString()));
+    EXPECT_EQ(lBlob.Size(), 0);
+    EXPECT_TRUE(lCapture.Reports().empty()); // the castable flag always holds
+}
+
+// Every "telling refusal": the destination keeps its sentinel; loud ones report once.
+template <class TDst, class TSrc> void ExpectRefused(const TSrc& pSrc, bool pLoud)
+{
+    const TDst& lSentinel = std::get<TDst>(Sentinels());
+    TDst lDst = lSentinel;
+    ReportCapture lCapture;
+    EXPECT_FALSE(QelTypeCopy(lDst, pSrc));
+    EXPECT_TRUE(lDst == lSentinel);
+    EXPECT_EQ(lCapture.Reports(),
+              pLoud ? std::vector<Report>{sIncompatible} : std::vector<Report>{});
+}
+
+template <class TDst, class TSrc> void ExpectAccepted(const TSrc& pSrc)
+{
+    TDst lDst = std::get<TDst>(Sentinels());
+    ReportCapture lCapture;
+    EXPECT_TRUE(QelTypeCopy(lDst, pSrc));
+    EXPECT_TRUE(lCapture.Reports().empty());
+}
+
+TEST(QelTypeCopyRefusals, CharTakesIntButNoOtherInteger)
+{
+    ExpectAccepted<signed char>(7);
+    ExpectAccepted<unsigned char>(7);
+    ExpectRefused<signed char>(static_cast<short>(5), false);
+    ExpectRefused<signed char>(static_cast<unsigned short>(5), false);
+    ExpectRefused<signed char>(5u, false);
+    ExpectRefused<signed char>(5LL, false);
+    ExpectRefused<signed char>(5ull, false);
+    ExpectRefused<unsigned char>(static_cast<short>(5), false);
+    ExpectRefused<unsigned char>(static_cast<unsigned short>(5), false);
+    ExpectRefused<unsigned char>(5u, false);
+    ExpectRefused<unsigned char>(5LL, false);
+    ExpectRefused<unsigned char>(5ull, false);
+}
+
+TEST(QelTypeCopyRefusals, ShortRefusesUnsignedShortNotTheOtherWay)
+{
+    ExpectRefused<short>(static_cast<unsigned short>(5), false);
+    ExpectAccepted<unsigned short>(static_cast<short>(5));
+}
+
+TEST(QelTypeCopyRefusals, FloatRefusesSixtyFourBitsAndTextDoubleTakesThem)
+{
+    ExpectRefused<float>(5LL, false);
+    ExpectRefused<float>(5ull, false);
+    ExpectRefused<float>(QelString("5"), false);
+    ExpectAccepted<double>(5LL);
+    ExpectAccepted<double>(5ull);
+    ExpectAccepted<double>(QelString("5"));
+}
+
+TEST(QelTypeCopyRefusals, HalfFloatOnlyIntoFloatingAndVectors)
+{
+    const QelHalfFloat lHalf(2.0f);
+    ExpectRefused<signed char>(lHalf, false);
+    ExpectRefused<unsigned char>(lHalf, false);
+    ExpectRefused<short>(lHalf, false);
+    ExpectRefused<unsigned short>(lHalf, false);
+    ExpectRefused<unsigned int>(lHalf, false);
+    ExpectRefused<long long>(lHalf, false);
+    ExpectRefused<unsigned long long>(lHalf, false);
+    ExpectRefused<int>(lHalf, false);
+    ExpectRefused<bool>(lHalf, false);
+    ExpectAccepted<float>(lHalf);
+    ExpectAccepted<double>(lHalf);
+    ExpectAccepted<QelDouble2>(lHalf);
+    ExpectAccepted<QelDouble3>(lHalf);
+    ExpectRefused<QelDouble4>(lHalf, false);
+}
+
+TEST(QelTypeCopyRefusals, FourVectorTakesOnlyThreeAndFourVectors)
+{
+    ExpectRefused<QelDouble4>(3, false);
+    ExpectRefused<QelDouble4>(3.0, false);
+    ExpectRefused<QelDouble4>(true, false);
+    ExpectRefused<QelDouble4>(QelDouble2(1, 2), false);
+    ExpectRefused<QelDouble4>(sMatrix, false);
+    ExpectAccepted<QelDouble4>(QelDouble3(1, 2, 3));
+    ExpectAccepted<QelDouble4>(QelDouble4(1, 2, 3, 4));
+}
+
+TEST(QelTypeCopyRefusals, TwoVectorLoudThreeVectorSilent)
+{
+    ExpectRefused<QelDouble2>(QelDouble3(1, 2, 3), true);
+    ExpectRefused<QelDouble2>(QelDouble4(1, 2, 3, 4), true);
+    ExpectRefused<QelDouble2>(sMatrix, true);
+    ExpectRefused<QelDouble2>(QelString("1"), true);
+    ExpectRefused<QelDouble2>(QelTime(1), true);
+    ExpectRefused<QelDouble2>(QelBlob("a", 1), true);
+    ExpectRefused<QelDouble2>(QelDistance(1.0f, "m"), true);
+    ExpectRefused<QelDouble2>(QelDateTime(), true);
+    ExpectRefused<QelDouble3>(QelDouble2(1, 2), false);
+    ExpectRefused<QelDouble3>(sMatrix, false);
+    ExpectRefused<QelDouble3>(QelString("1"), false);
+    ExpectRefused<QelDouble3>(QelDistance(1.0f, "m"), false);
+}
+
+TEST(QelTypeCopyRefusals, MatrixAndTimeTakeOnlyThemselvesLoudly)
+{
+    ExpectRefused<QelDouble4x4>(1.0, true);
+    ExpectRefused<QelDouble4x4>(QelDouble4(1, 2, 3, 4), true);
+    ExpectRefused<QelDouble4x4>(QelString("1"), true);
+    ExpectRefused<QelTime>(5LL, true);
+    ExpectRefused<QelTime>(1.5, true);
+    ExpectRefused<QelTime>(QelString("1"), true);
+    ExpectAccepted<QelDouble4x4>(sMatrix);
+    ExpectAccepted<QelTime>(QelTime(5));
+}
+
+TEST(QelTypeCopyRefusals, DistanceTakesOnlyItselfSilently)
+{
+    ExpectRefused<QelDistance>(1.0f, false);
+    ExpectRefused<QelDistance>(QelString("1 m"), false);
+    ExpectRefused<QelDistance>(QelBlob("a", 1), false);
+    ExpectAccepted<QelDistance>(QelDistance(1.0f, "m"));
+}
+
+TEST(QelTypeCopyRefusals, DateTimeTakesOnlyItselfAndText)
+{
+    ExpectRefused<QelDateTime>(1.0, false);
+    ExpectRefused<QelDateTime>(QelTime(1), false);
+    ExpectAccepted<QelDateTime>(QelString("2024-02-29 13:45:30"));
+    ExpectAccepted<QelDateTime>(QelDateTime(29, 2, 2024, 13, 45, 30));
+}
+
+TEST(QelTypeCopyRefusals, DoubleFromBlobAndDateTimeIsLoud)
+{
+    ExpectRefused<double>(QelBlob("a", 1), true);
+    ExpectRefused<double>(QelDateTime(), true);
+    ExpectRefused<QelDouble4x4>(2.0, true);
+}
+
+TEST(QelTypeCopyRefusals, TypesOutsideTheMatrixAreIncompatible)
+{
+    ExpectRefused<double>(QelColor(1, 2, 3), true);
+    ExpectRefused<int>(static_cast<long>(3), true);
+}
+
+const int sUnknownTags[] = {0, -1, -16, -18, 24, INT_MIN, INT_MAX};
+
+TEST(QelTypeCopyTags, EnumerationsConvertLikeInt)
+{
+    for (EQelType lEnum : {eQelEnumMulti, eQelEnum}) {
+        signed char lChar = 0;
+        EXPECT_TRUE(Convert(lChar, eQelChar, 300, lEnum));
+        EXPECT_EQ(lChar, 44);
+        int lInt = 0;
+        EXPECT_TRUE(Convert(lInt, lEnum, 2.9, eQelDouble));
+        EXPECT_EQ(lInt, 2);
+        EXPECT_TRUE(QelTypeCopy(&lInt, lEnum, QelString("-12")));
+        EXPECT_EQ(lInt, -12);
+        ExpectRefused<int>(QelHalfFloat(1.0f), false);
+        EXPECT_FALSE(Convert(lInt, lEnum, QelHalfFloat(1.0f), eQelHalfFloat));
+        EXPECT_EQ(lInt, -12);
+    }
+}
+
+TEST(QelTypeCopyTags, ReferenceTagRefusesBothWays)
+{
+    ReportCapture lCapture;
+    int lInt = 5;
+    const int lSrc = 7;
+    EXPECT_FALSE(Convert(lInt, eQelReference, lSrc, eQelInt));
+    EXPECT_FALSE(Convert(lInt, eQelInt, lSrc, eQelReference));
+    EXPECT_FALSE(QelTypeCopy(&lInt, eQelReference, lSrc));
+    EXPECT_EQ(lInt, 5);
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{sVoidReference, sVoidReference, sVoidReference}));
+}
+
+TEST(QelTypeCopyTags, UnknownTagsRefuseBothWays)
+{
+    for (int lTag : sUnknownTags) {
+        SCOPED_TRACE(lTag);
+        ReportCapture lCapture;
+        double lDouble = 5;
+        const double lSrc = 7;
+        EXPECT_FALSE(Convert(lDouble, static_cast<EQelType>(lTag), lSrc, eQelDouble));
+        EXPECT_FALSE(Convert(lDouble, eQelDouble, lSrc, static_cast<EQelType>(lTag)));
+        EXPECT_FALSE(QelTypeCopy(&lDouble, static_cast<EQelType>(lTag), lSrc));
+        EXPECT_EQ(lDouble, 5.0);
+        EXPECT_EQ(lCapture.Reports(),
+                  (std::vector<Report>{sUnknownType, sUnknownType, sUnknownType}));
+    }
+}
+
+TEST(QelTypeCopyTags, SourceTagIsCheckedFirst)
+{
+    ReportCapture lCapture;
+    int lInt = 5;
+    const int lSrc = 7;
+    EXPECT_FALSE(Convert(lInt, eQelReference, lSrc, static_cast<EQelType>(24)));
+    EXPECT_FALSE(Convert(lInt, eQelUndefined, lSrc, eQelReference));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{sUnknownType, sVoidReference}));
+}
+
+TEST(QelTypeCopyArray, StopsAtTheFirstRefusedItem)
+{
+    const QelString lTexts[] = {QelString("1"), QelString("2"), QelString("x"), QelString("4")};
+    int lInts[] = {-1, -1, -1, -1};
+    ReportCapture lCapture;
+    EXPECT_EQ(
+        QelTypeCopyArray(lInts, eQelInt, sizeof(int), lTexts, eQelString, sizeof(QelString), 4), 2);
+    EXPECT_EQ(lInts[0], 1);
+    EXPECT_EQ(lInts[1], 2);
+    EXPECT_EQ(lInts[2], -1);
+    EXPECT_EQ(lInts[3], -1);
+    EXPECT_TRUE(lCapture.Reports().empty());
+}
+
+TEST(QelTypeCopyArray, StridedItemsInsideRecords)
+{
+    struct Record
+    {
+        double mValue;
+        int mTag;
+    };
+    const Record lRecords[] = {{2.9, 100}, {-2.9, 101}, {300.5, 102}};
+    struct Out
+    {
+        short mPad;
+        signed char mValue;
+    };
+    Out lOut[] = {{7, 0}, {7, 0}, {7, 0}};
+    EXPECT_EQ(QelTypeCopyArray(&lOut[0].mValue, eQelChar, sizeof(Out), &lRecords[0].mValue,
+                               eQelDouble, sizeof(Record), 3),
+              3);
+    EXPECT_EQ(lOut[0].mValue, 2);
+    EXPECT_EQ(lOut[1].mValue, -2);
+    EXPECT_EQ(lOut[2].mValue, 44);
+    for (const Out& lItem : lOut)
+        EXPECT_EQ(lItem.mPad, 7);
+}
+
+TEST(QelTypeCopyArray, RefusedPairsStopAtOnce)
+{
+    ReportCapture lCapture;
+    double lDoubles[] = {1, 2};
+    QelDouble4x4 lMatrices[2];
+    EXPECT_EQ(QelTypeCopyArray(lMatrices, eQelDouble4x4, sizeof(QelDouble4x4), lDoubles, eQelDouble,
+                               sizeof(double), 2),
+              0);
+    EXPECT_EQ(lCapture.Reports(), std::vector<Report>{sIncompatible});
+    lCapture.Clear();
+    QelDouble4 lFours[2];
+    EXPECT_EQ(QelTypeCopyArray(lFours, eQelDouble4, sizeof(QelDouble4), lDoubles, eQelDouble,
+                               sizeof(double), 2),
+              0);
+    EXPECT_EQ(lFours[0], QelDouble4());
+    EXPECT_TRUE(lCapture.Reports().empty());
+}
+
+TEST(QelTypeCopyArray, ReferenceAndUnknownTagsReportOnce)
+{
+    ReportCapture lCapture;
+    int lInts[] = {1, 2, 3};
+    int lOut[] = {0, 0, 0};
+    EXPECT_EQ(QelTypeCopyArray(lOut, eQelReference, sizeof(int), lInts, eQelInt, sizeof(int), 3),
+              0);
+    EXPECT_EQ(QelTypeCopyArray(lOut, eQelInt, sizeof(int), lInts, eQelReference, sizeof(int), 3),
+              0);
+    for (int lTag : sUnknownTags) {
+        EXPECT_EQ(QelTypeCopyArray(lOut, static_cast<EQelType>(lTag), sizeof(int), lInts, eQelInt,
+                                   sizeof(int), 3),
+                  0);
+        EXPECT_EQ(QelTypeCopyArray(lOut, eQelInt, sizeof(int), lInts, static_cast<EQelType>(lTag),
+                                   sizeof(int), 3),
+                  0);
+    }
+    EXPECT_EQ(QelTypeCopyArray(lOut, eQelReference, sizeof(int), lInts, static_cast<EQelType>(-1),
+                               sizeof(int), 3),
+              0);
+    std::vector<Report> lExpected{sVoidReference, sVoidReference};
+    lExpected.insert(lExpected.end(), 2 * std::size(sUnknownTags) + 1, sUnknownType);
+    EXPECT_EQ(lCapture.Reports(), lExpected);
+    EXPECT_EQ(lOut[0], 0);
+}
+
+TEST(QelTypeCopyArray, NoItemsCallNothing)
+{
+    ReportCapture lCapture;
+    EXPECT_EQ(QelTypeCopyArray(nullptr, eQelReference, 0, nullptr, eQelInt, 0, 0), 0);
+    EXPECT_EQ(QelTypeCopyArray(nullptr, eQelInt, 4, nullptr, static_cast<EQelType>(24), 4, 0), 0);
+    EXPECT_EQ(QelTypeCopyArray(nullptr, eQelDouble4x4, 8, nullptr, eQelDouble, 8, 0), 0);
+    EXPECT_EQ(QelTypeCopyArray(nullptr, eQelInt, 4, nullptr, eQelInt, 4, -3), 0);
+    EXPECT_TRUE(lCapture.Reports().empty());
+}
+
+TEST(QelTypeOf, ColourIsTaggedAsFourVector)
+{
+    EXPECT_EQ(QelTypeOf(QelColor()), QelTypeOf(QelVector4()));
+    EXPECT_EQ(QelTypeOf(QelColor()), eQelDouble4);
+}
+
 } // namespace
 } // namespace qelsdk

@@ -274,8 +274,9 @@ namespace internal {
 // destination's range undefined; they are given the result a wider integer narrowed
 // to the destination would give instead: the low bits of the value truncated to 64
 // bits (300.5 into a signed char is 44, like the int 300). Values from 2^63 up to 2^64
-// are exact in that 64-bit form, so an unsigned long long receives them correctly;
-// values beyond every 64-bit integer stop at its bounds and NaN becomes 0.
+// are exact in that 64-bit form, so an unsigned long long receives them correctly.
+// Values beyond every 64-bit integer take the nearest 64-bit bound (2^64 - 1 above,
+// -2^63 below) before narrowing, and NaN becomes 0.
 template <class TInt, class TFloat> TInt QelTruncateWide(TFloat pValue)
 {
     constexpr TFloat lTwoPow63 = static_cast<TFloat>(1ull << 63);
