@@ -1055,6 +1055,74 @@ TEST(QelTypeCopyArray, NoItemsCallNothing)
     EXPECT_TRUE(lCapture.Reports().empty());
 }
 
+// Long buffers of floating values into integers, with values out of range, NaN and
+// negative values scattered over several chunks and a length that leaves a tail:
+// every item as the per-item entry point converts it.
+template <class TDst, class TSrc>
+void ExpectBatchedTruncationAgrees(EQelType pDstType, EQelType pSrcType)
+{
+    const TSrc lSpecial[] = {TSrc(300.5),
+                             TSrc(-1),
+                             TSrc(-0.0),
+                             TSrc(-0.5),
+                             TSrc(4294967297.0),
+                             TSrc(1e30),
+                             TSrc(-1e30),
+                             std::numeric_limits<TSrc>::quiet_NaN(),
+                             TSrc(9223372036854775808.0),
+                             TSrc(2147483648.0),
+                             TSrc(-2147483648.0)};
+    const int lCount = 5000 + 3;
+    std::vector<TSrc> lSrc(lCount);
+    for (int lIndex = 0; lIndex < lCount; ++lIndex)
+        lSrc[lIndex] = lIndex % 997 == 0 ? lSpecial[(lIndex / 997) % std::size(lSpecial)]
+                                         : TSrc((lIndex % 120) * 0.75);
+    lSrc[lCount - 1] = lSpecial[0]; // in the tail after the last whole group of lanes
+    std::vector<TDst> lBatched(lCount, TDst(7));
+    std::vector<TDst> lPerItem(lCount, TDst(7));
+    EXPECT_EQ(QelTypeCopyArray(lBatched.data(), pDstType, sizeof(TDst), lSrc.data(), pSrcType,
+                               sizeof(TSrc), lCount),
+              lCount);
+    for (int lIndex = 0; lIndex < lCount; ++lIndex)
+        EXPECT_TRUE(QelTypeCopy(&lPerItem[lIndex], pDstType, &lSrc[lIndex], pSrcType));
+    EXPECT_EQ(lBatched, lPerItem);
+}
+
+TEST(QelTypeCopyArray, TruncationOfLongBuffersAgreesWithPerItem)
+{
+    ExpectBatchedTruncationAgrees<int, double>(eQelInt, eQelDouble);
+    ExpectBatchedTruncationAgrees<int, float>(eQelEnumMulti, eQelFloat);
+    ExpectBatchedTruncationAgrees<signed char, double>(eQelChar, eQelDouble);
+    ExpectBatchedTruncationAgrees<unsigned char, float>(eQelUChar, eQelFloat);
+    ExpectBatchedTruncationAgrees<short, double>(eQelShort, eQelDouble);
+    ExpectBatchedTruncationAgrees<unsigned short, double>(eQelUShort, eQelDouble);
+    ExpectBatchedTruncationAgrees<unsigned int, double>(eQelUInt, eQelDouble);
+    ExpectBatchedTruncationAgrees<long long, double>(eQelLongLong, eQelDouble);
+    ExpectBatchedTruncationAgrees<unsigned long long, float>(eQelULongLong, eQelFloat);
+    ExpectBatchedTruncationAgrees<unsigned long long, double>(eQelULongLong, eQelDouble);
+}
+
+TEST(QelTypeCopyArray, TruncationValuesInsideLongBuffers)
+{
+    std::vector<double> lSrc(2048, 1.5);
+    lSrc[1500] = 300.5;
+    lSrc[1501] = -2.9;
+    std::vector<signed char> lDst(2048, 0);
+    EXPECT_EQ(QelTypeCopyArray(lDst.data(), eQelChar, 1, lSrc.data(), eQelDouble, 8, 2048), 2048);
+    EXPECT_EQ(lDst[0], 1);
+    EXPECT_EQ(lDst[1500], 44);
+    EXPECT_EQ(lDst[1501], -2);
+    EXPECT_EQ(lDst[2047], 1);
+    std::vector<unsigned int> lUnsigned(2048, 0);
+    lSrc[3] = -0.5;
+    lSrc[4] = -1.0;
+    EXPECT_EQ(QelTypeCopyArray(lUnsigned.data(), eQelUInt, 4, lSrc.data(), eQelDouble, 8, 2048),
+              2048);
+    EXPECT_EQ(lUnsigned[2], 1u);
+    EXPECT_EQ(lUnsigned[3], 0u);
+    EXPECT_EQ(lUnsigned[4], 4294967295u);
+}
+
 TEST(QelTypeOf, ColourIsTaggedAsFourVector)
 {
     EXPECT_EQ(QelTypeOf(QelColor()), QelTypeOf(QelVector4()));

@@ -15,6 +15,7 @@
 #include <qelsdk/core/qelvector.h>
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <type_traits>
@@ -289,14 +290,24 @@ template <class TInt, class TFloat> TInt QelTruncateWide(TFloat pValue)
     return static_cast<TInt>(std::numeric_limits<unsigned long long>::max());
 }
 
-// The bounds are powers of two, exact in float and double; values inside them convert
-// directly, which keeps the common case a single instruction.
-template <class TInt, class TFloat> TInt QelTruncate(TFloat pValue)
+// Whether the language itself defines the conversion of pValue to TInt, that is its
+// truncation lies in TInt's range. The bounds are powers of two, exact in float and
+// double. For signed types the test is on the magnitude, one comparison fewer for the
+// vectorised loops; it leaves out the truncations to TInt's minimum from below, which
+// the wide path converts to the same value.
+template <class TInt, class TFloat> bool QelTruncatesDirectly(TFloat pValue)
 {
     constexpr TFloat lEnd = static_cast<TFloat>(std::numeric_limits<TInt>::max() / 2 + 1) * 2;
-    constexpr TFloat lBegin = std::is_signed<TInt>::value ? -lEnd : TFloat(-1);
-    const bool lInRange = std::is_signed<TInt>::value ? pValue >= lBegin : pValue > lBegin;
-    if (lInRange && pValue < lEnd) return static_cast<TInt>(pValue);
+    if constexpr (std::is_signed<TInt>::value)
+        return std::fabs(pValue) < lEnd;
+    else
+        return pValue > TFloat(-1) && pValue < lEnd;
+}
+
+// Values in range convert directly, which keeps the common case a single instruction.
+template <class TInt, class TFloat> TInt QelTruncate(TFloat pValue)
+{
+    if (QelTruncatesDirectly<TInt>(pValue)) return static_cast<TInt>(pValue);
     return QelTruncateWide<TInt>(pValue);
 }
 

@@ -1,5 +1,7 @@
 #include <qelsdk/core/qelpropertytypes.h>
 
+#include <cstring>
+
 namespace qelsdk {
 namespace internal {
 
@@ -114,11 +116,90 @@ template <class T, class TByte> T& QelItemAt(TByte* pBuffer, size_t pStride, int
     return *reinterpret_cast<T*>(pBuffer + pStride * static_cast<size_t>(pIndex));
 }
 
-template <class TDst, class TSrc> int QelCopyPacked(TDst* pDst, const TSrc* pSrc, int pCount)
+// Floating to integer: the pairs whose plain loop the compiler vectorises only when no
+// value needs the out-of-range treatment.
+template <class TDst, class TSrc>
+constexpr bool sIsTruncation = (QelTypeCopyRuleOf<TDst, TSrc>() == eQelCopyArithmetic) &&
+                               (std::is_integral<TDst>::value &&
+                                !std::is_same<TDst, bool>::value) &&
+                               std::is_floating_point<TSrc>::value;
+
+// The bits of a float or double as an unsigned integer of the same size.
+template <class TFloat> auto QelBitsOf(TFloat pValue)
+{
+    std::conditional_t<sizeof(TFloat) == 8, unsigned long long, unsigned int> lBits;
+    static_assert(sizeof(lBits) == sizeof(pValue), "a float is read as an integer of its size");
+    std::memcpy(&lBits, &pValue, sizeof(lBits));
+    return lBits;
+}
+
+// Items per chunk of a truncation: a chunk with a value out of range is converted
+// again item by item, while it is still in the first level cache.
+constexpr int sTruncationChunk = 1024;
+// Items checked side by side; the chunks of the vectorised path are multiples of it.
+constexpr int sTruncationLanes = 8;
+
+// Whether the truncation of every value of the chunk lies in TDst's range, tested on
+// the bits: and, add and or only, which vectorise (the compares do not, on the base
+// instruction set). The magnitude is below the bound, a power of two, exactly when
+// adding (sign bit - bound) leaves the sign bit clear; NaN and infinities are above.
+// For unsigned destinations any sign bit counts as out of range, -0.0 and (-1, 0)
+// included: those few take the item-by-item path, which gives them their value.
+template <class TDst, class TSrc> bool QelTruncatesChunkDirectly(const TSrc* pSrc, int pCount)
+{
+    typedef decltype(QelBitsOf(TSrc())) Bits;
+    constexpr Bits lSign = Bits(1) << (sizeof(Bits) * 8 - 1);
+    constexpr TSrc lBound = static_cast<TSrc>(std::numeric_limits<TDst>::max() / 2 + 1) * 2;
+    const Bits lBoundBits = QelBitsOf(lBound);
+    const Bits lNegative = std::is_signed<TDst>::value ? Bits(0) : lSign;
+    // Several accumulators, so that the or does not chain every vector to the last.
+    Bits lOutside[sTruncationLanes] = {};
+    for (int lIndex = 0; lIndex < pCount; lIndex += sTruncationLanes) {
+        for (int lLane = 0; lLane < sTruncationLanes; ++lLane) {
+            const Bits lBits = QelBitsOf(pSrc[lIndex + lLane]);
+            lOutside[lLane] |= ((lBits & ~lSign) + (lSign - lBoundBits)) | (lBits & lNegative);
+        }
+    }
+    Bits lAll = 0;
+    for (const Bits lLane : lOutside)
+        lAll |= lLane;
+    return (lAll & lSign) == 0;
+}
+
+// Converts the chunk directly when every value is in range, and tells whether it did.
+template <class TDst, class TSrc> bool QelTruncateChunk(TDst* pDst, const TSrc* pSrc, int pCount)
+{
+    if (!QelTruncatesChunkDirectly<TDst>(pSrc, pCount)) return false;
+    for (int lIndex = 0; lIndex < pCount; ++lIndex)
+        pDst[lIndex] = static_cast<TDst>(pSrc[lIndex]);
+    return true;
+}
+
+// The per-item rule over a packed buffer, up to the first refused item.
+template <class TDst, class TSrc> int QelCopyEach(TDst* pDst, const TSrc* pSrc, int pCount)
 {
     for (int lIndex = 0; lIndex < pCount; ++lIndex)
         if (!QelTypeCopy(pDst[lIndex], pSrc[lIndex])) return lIndex;
     return pCount;
+}
+
+// Arithmetic never refuses, so a chunk converted again item by item, and the items
+// after the last whole group of lanes, end as the per-item path leaves them.
+template <class TDst, class TSrc> int QelCopyPacked(TDst* pDst, const TSrc* pSrc, int pCount)
+{
+    if constexpr (sIsTruncation<TDst, TSrc>) {
+        const int lInChunks = pCount - pCount % sTruncationLanes;
+        for (int lBegin = 0; lBegin < lInChunks; lBegin += sTruncationChunk) {
+            const int lLeft = lInChunks - lBegin;
+            const int lCount = lLeft < sTruncationChunk ? lLeft : sTruncationChunk;
+            if (!QelTruncateChunk(pDst + lBegin, pSrc + lBegin, lCount))
+                QelCopyEach(pDst + lBegin, pSrc + lBegin, lCount);
+        }
+        QelCopyEach(pDst + lInChunks, pSrc + lInChunks, pCount - lInChunks);
+        return pCount;
+    } else {
+        return QelCopyEach(pDst, pSrc, pCount);
+    }
 }
 
 template <class TDst, class TSrc>
