@@ -15,7 +15,6 @@
 #include <qelsdk/core/qelvector.h>
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <type_traits>
@@ -290,16 +289,19 @@ template <class TInt, class TFloat> TInt QelTruncateWide(TFloat pValue)
     return static_cast<TInt>(std::numeric_limits<unsigned long long>::max());
 }
 
-// Whether the language itself defines the conversion of pValue to TInt, that is its
-// truncation lies in TInt's range. The bounds are powers of two, exact in float and
-// double. For signed types the test is on the magnitude, one comparison fewer for the
-// vectorised loops; it leaves out the truncations to TInt's minimum from below, which
-// the wide path converts to the same value.
+// The first value whose truncation is above TInt's range: a power of two, exact in
+// float and double.
+template <class TInt, class TFloat>
+constexpr TFloat sQelTruncationEnd = static_cast<TFloat>(std::numeric_limits<TInt>::max() / 2 + 1) *
+                                     2;
+
+// Whether the language itself defines the conversion of pValue to TInt: its
+// truncation lies in TInt's range.
 template <class TInt, class TFloat> bool QelTruncatesDirectly(TFloat pValue)
 {
-    constexpr TFloat lEnd = static_cast<TFloat>(std::numeric_limits<TInt>::max() / 2 + 1) * 2;
+    constexpr TFloat lEnd = sQelTruncationEnd<TInt, TFloat>;
     if constexpr (std::is_signed<TInt>::value)
-        return std::fabs(pValue) < lEnd;
+        return pValue >= -lEnd && pValue < lEnd;
     else
         return pValue > TFloat(-1) && pValue < lEnd;
 }

@@ -33,10 +33,12 @@ QelString QelCopyText(const QelDouble4& pSrc) { return QelJoinComponents(pSrc.mD
 // that already hold matrices written this way.
 QelString QelCopyText(const QelDouble4x4& pSrc) { return QelCopyText(pSrc[0]); }
 
+// Timecode of all five elements at the default frame rate: the text stored files hold.
 QelString QelCopyText(const QelTime& pSrc)
 {
-    char lText[128];
-    return QelString(pSrc.GetTimeString(lText, 128, 5, 0, 2));
+    constexpr unsigned short lSize = 128;
+    char lText[lSize];
+    return QelString(pSrc.GetTimeString(lText, lSize, 5, 0, 2));
 }
 
 QelString QelCopyText(const QelBlob&) { return QelString("<blob>"); }
@@ -138,6 +140,7 @@ template <class TFloat> auto QelBitsOf(TFloat pValue)
 constexpr int sTruncationChunk = 1024;
 // Items checked side by side; the chunks of the vectorised path are multiples of it.
 constexpr int sTruncationLanes = 8;
+static_assert(sTruncationChunk % sTruncationLanes == 0, "whole groups of lanes per chunk");
 
 // Whether the truncation of every value of the chunk lies in TDst's range, tested on
 // the bits: and, add and or only, which vectorise (the compares do not, on the base
@@ -149,8 +152,7 @@ template <class TDst, class TSrc> bool QelTruncatesChunkDirectly(const TSrc* pSr
 {
     typedef decltype(QelBitsOf(TSrc())) Bits;
     constexpr Bits lSign = Bits(1) << (sizeof(Bits) * 8 - 1);
-    constexpr TSrc lBound = static_cast<TSrc>(std::numeric_limits<TDst>::max() / 2 + 1) * 2;
-    const Bits lBoundBits = QelBitsOf(lBound);
+    const Bits lBoundBits = QelBitsOf(sQelTruncationEnd<TDst, TSrc>);
     const Bits lNegative = std::is_signed<TDst>::value ? Bits(0) : lSign;
     // Several accumulators, so that the or does not chain every vector to the last.
     Bits lOutside[sTruncationLanes] = {};
