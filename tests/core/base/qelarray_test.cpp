@@ -360,7 +360,8 @@ TEST(QelArray, AssignmentCopiesBytesAndFits)
     EXPECT_EQ(lTarget.GetCapacity(), 5);
     EXPECT_EQ(Items(lTarget), Items(lSource));
     EXPECT_NE(lTarget.GetArray(), lSource.GetArray());
-    lTarget = lTarget;
+    QelArray<int>& lAlias = lTarget;
+    lTarget = lAlias;
     EXPECT_EQ(Items(lTarget), Items(lSource));
     QelArray<int> lCopy(lSource);
     EXPECT_EQ(Items(lCopy), Items(lSource));
