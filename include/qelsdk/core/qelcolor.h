@@ -3,6 +3,8 @@
 #ifndef QELSDK_CORE_QELCOLOR_H
 #define QELSDK_CORE_QELCOLOR_H
 
+#include <type_traits>
+
 namespace qelsdk {
 
 class QelColor
@@ -28,6 +30,7 @@ public:
 };
 
 static_assert(sizeof(QelColor) == 4 * sizeof(double), "a colour is four doubles");
+static_assert(std::is_trivially_copyable<QelColor>::value, "element arrays move colours as bytes");
 
 } // namespace qelsdk
 

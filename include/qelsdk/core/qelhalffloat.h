@@ -5,6 +5,7 @@
 #define QELSDK_CORE_QELHALFFLOAT_H
 
 #include <cstdint>
+#include <type_traits>
 
 namespace qelsdk {
 
@@ -30,6 +31,8 @@ private:
 };
 
 static_assert(sizeof(QelHalfFloat) == 2, "a half float is two bytes");
+static_assert(std::is_trivially_copyable<QelHalfFloat>::value,
+              "element arrays move half floats as bytes");
 
 } // namespace qelsdk
 

@@ -2,6 +2,8 @@
 #ifndef QELSDK_CORE_QELTIME_H
 #define QELSDK_CORE_QELTIME_H
 
+#include <type_traits>
+
 namespace qelsdk {
 
 class QelTime
@@ -28,6 +30,9 @@ public:
 private:
     long long mTime;
 };
+
+static_assert(sizeof(QelTime) == 8 && std::is_trivially_copyable<QelTime>::value,
+              "element arrays move times as the raw 64-bit count");
 
 } // namespace qelsdk
 

@@ -4,6 +4,8 @@
 #ifndef QELSDK_CORE_QELVECTOR_H
 #define QELSDK_CORE_QELVECTOR_H
 
+#include <type_traits>
+
 namespace qelsdk {
 
 template <class T>
@@ -108,6 +110,11 @@ typedef QelDouble4 QelVector4;
 static_assert(sizeof(QelDouble2) == 16 && sizeof(QelDouble3) == 24 && sizeof(QelDouble4) == 32 &&
                   sizeof(QelDouble4x4) == 128,
               "vectors hold exactly their components");
+static_assert(std::is_trivially_copyable<QelDouble2>::value &&
+                  std::is_trivially_copyable<QelDouble3>::value &&
+                  std::is_trivially_copyable<QelDouble4>::value &&
+                  std::is_trivially_copyable<QelDouble4x4>::value,
+              "element arrays move vectors as bytes");
 
 } // namespace qelsdk
 

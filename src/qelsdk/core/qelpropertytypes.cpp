@@ -31,9 +31,9 @@ static_assert(sizeof(sTypeSizes) / sizeof(sTypeSizes[0]) == eQelTypeCount + 17,
 
 int QelTypeSizeOf(EQelType pType)
 {
-    const int lIndex = static_cast<int>(pType) + 17;
-    if (lIndex < 0 || lIndex >= static_cast<int>(sizeof(sTypeSizes) / sizeof(sTypeSizes[0]))) return 0;
-    return sTypeSizes[lIndex];
+    // Range first: adding the offset to an arbitrary 32-bit tag could overflow.
+    if (pType < eQelEnumMulti || pType >= eQelTypeCount) return 0;
+    return sTypeSizes[pType - eQelEnumMulti];
 }
 
 } // namespace qelsdk
