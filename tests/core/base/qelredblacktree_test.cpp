@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <map>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -54,17 +53,17 @@ typedef TestTree::RecordType Record;
 int CheckSubtree(const Record* pNode, const Record* pParent, std::string& pError)
 {
     if (!pNode) return 1;
-    std::ostringstream lWhere;
-    lWhere << " at key " << pNode->GetKey();
-    if (pNode->mParent != pParent) pError = "parent link" + lWhere.str();
-    if (pNode->mColor > 1) pError = "colour value" + lWhere.str();
+    const char* lBroken = nullptr;
+    if (pNode->mParent != pParent) lBroken = "parent link";
+    if (pNode->mColor > 1) lBroken = "colour value";
     const bool lRed = pNode->mColor == TestTree::eRed;
     const bool lRedChild = (pNode->mLeftChild && pNode->mLeftChild->mColor == TestTree::eRed) ||
                            (pNode->mRightChild && pNode->mRightChild->mColor == TestTree::eRed);
-    if (lRed && lRedChild) pError = "red record with red child" + lWhere.str();
+    if (lRed && lRedChild) lBroken = "red record with red child";
     const int lLeft = CheckSubtree(pNode->mLeftChild, pNode, pError);
     const int lRight = CheckSubtree(pNode->mRightChild, pNode, pError);
-    if (lLeft != lRight) pError = "black height" + lWhere.str();
+    if (lLeft != lRight) lBroken = "black height";
+    if (lBroken) pError = std::string(lBroken) + " at key " + std::to_string(pNode->GetKey());
     return lLeft + (lRed ? 0 : 1);
 }
 
