@@ -196,8 +196,9 @@ protected:
     static bool IsRed(const RecordType* pNode) { return pNode && pNode->mColor == eRed; }
     static bool IsBlack(const RecordType* pNode) { return !IsRed(pNode); }
 
-    // The report helper of functions that check conditions on behalf of another
-    // function's name (the rotations share their relinking).
+    // Reports pText as a failed condition of pFunction when pHolds is false. Taking
+    // the name as an argument lets shared helpers report for the operation that
+    // called them.
     static void ReportUnless(bool pHolds, const char* pFunction, const char* pText)
     {
         if (!pHolds) _QelAssert(QELSDK_REDBLACKTREE_FILE, pFunction, __LINE__, false, "%s", pText);
