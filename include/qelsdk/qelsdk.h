@@ -5,6 +5,7 @@
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelarray.h>
 #include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/base/qelredblacktree.h>
 #include <qelsdk/core/qelblob.h>
 #include <qelsdk/core/qelcolor.h>
 #include <qelsdk/core/qeldatatype.h>
