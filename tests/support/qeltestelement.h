@@ -19,8 +19,6 @@ public:
         if (mDestroyed) ++*mDestroyed;
     }
 
-    using QelLayerElement::operator=;
-
     const QelDataType* GetDataType() const { return mType; }
     int GetRefCount() const { return mRefCount; }
 
