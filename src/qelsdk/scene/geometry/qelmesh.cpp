@@ -21,10 +21,7 @@ void QelMesh::SetControlPointAt(const QelVector4& pPoint, int pIndex)
 QelVector4 QelMesh::GetControlPointAt(int pIndex) const
 {
     if (pIndex < 0 || pIndex >= mControlPoints.Size()) return QelVector4();
-    // Built from the components instead of copied: the vector declares its copy
-    // assignment, which makes its implicit copy constructor deprecated.
-    const QelVector4& lPoint = mControlPoints[pIndex];
-    return QelVector4(lPoint[0], lPoint[1], lPoint[2], lPoint[3]);
+    return mControlPoints[pIndex];
 }
 
 int QelMesh::AddPolygon(const int* pVertices, int pSize)
