@@ -11,6 +11,7 @@
 
 #include <qelsdk/core/qeldatatype.h>
 #include <qelsdk/core/qelstring.h>
+#include <qelsdk/scene/geometry/qellayerelementarray.h>
 
 namespace qelsdk {
 
