@@ -341,10 +341,14 @@ void QelLayerElementArray::SetImplementation(void* pImplementation)
 // --- Sizing ------------------------------------------------------------------------
 
 // The write pattern shared by the writing operations; reports carry the name of the
-// operation that asked for the lock.
+// operation that asked for the lock. Without storage there is nothing to lock.
 template <class Work>
 void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
 {
+    if (!Storage()) {
+        mStatus = Status::eInvalidRequest;
+        return;
+    }
     mStatus = Status::eWriteLockRefused;
     if (!ReadWriteLock()) {
         _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "The array is not write locked");
@@ -358,40 +362,24 @@ void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
 void QelLayerElementArray::SetCount(int pCount)
 {
     if (pCount < 0) pCount = 0;
-    if (!Storage()) {
-        mStatus = Status::eInvalidRequest;
-        return;
-    }
     UnderWriteLock(__func__, [pCount](LayerElementArrayImp& pStorage) { pStorage.SetCount(pCount); });
 }
 
 void QelLayerElementArray::Resize(int pItemCount)
 {
     if (pItemCount < 0) pItemCount = 0;
-    if (!Storage()) {
-        mStatus = Status::eInvalidRequest;
-        return;
-    }
     UnderWriteLock(__func__, [pItemCount](LayerElementArrayImp& pStorage) { pStorage.Resize(pItemCount); });
 }
 
 void QelLayerElementArray::AddMultiple(int pItemCount)
 {
     if (pItemCount <= 0) return;
-    if (!Storage()) {
-        mStatus = Status::eInvalidRequest;
-        return;
-    }
     UnderWriteLock(__func__,
                    [pItemCount](LayerElementArrayImp& pStorage) { pStorage.AddMultiple(pItemCount); });
 }
 
 void QelLayerElementArray::Clear()
 {
-    if (!Storage()) {
-        mStatus = Status::eInvalidRequest;
-        return;
-    }
     UnderWriteLock(__func__, [](LayerElementArrayImp& pStorage) { pStorage.Clear(); });
 }
 
