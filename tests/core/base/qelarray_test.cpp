@@ -220,7 +220,8 @@ TEST(QelArray, RemoveAtShiftsDownAndKeepsFreedSlotBytes)
 
 TEST(QelArray, RemoveAtBadIndexStillShrinks)
 {
-    QelArray<int> lArray = Make({1, 2, 3});
+    QelArray<int> lArray(4);  // reserved slots are zero
+    for (int lItem : {1, 2, 3}) lArray.Add(lItem);
     ReportCapture lCapture;
     EXPECT_EQ(lArray.RemoveAt(3), 0);  // reserved slot of the block of 4
     EXPECT_EQ(lArray.Size(), 2);
