@@ -153,7 +153,7 @@ protected:
 private:
     LayerElementArrayImp* Storage() const;
     int ItemSize() const;
-    bool CheckValueType(EQelType pValueType) const;
+    bool CheckValueType(const char* pFunction, EQelType pValueType) const;
     template <class Work>
     void UnderWriteLock(const char* pFunction, Work pWork);
     void CopyBack(void* pBuffer, EQelType pDataType);

@@ -298,10 +298,12 @@ void* QelLayerElementArray::GetDataPtr()
     return Storage() ? Storage()->GetArray() : nullptr;
 }
 
-bool QelLayerElementArray::CheckValueType(EQelType pValueType) const
+// Writing and removing accept the stored type or eQelUndefined; the report names the
+// operation that was refused.
+bool QelLayerElementArray::CheckValueType(const char* pFunction, EQelType pValueType) const
 {
     if (pValueType == eQelUndefined || pValueType == mDataType) return true;
-    QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Bad data type conversion");
+    _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "Bad data type conversion");
     mStatus = Status::eTypeMismatch;
     return false;
 }
@@ -311,7 +313,7 @@ bool QelLayerElementArray::CheckValueType(EQelType pValueType) const
 void* QelLayerElementArray::GetReference(int pIndex, EQelType pValueType)
 {
     if (!Storage()) return nullptr;
-    if (!CheckValueType(pValueType) || !ReadWriteLock()) return nullptr;
+    if (!CheckValueType(__func__, pValueType) || !ReadWriteLock()) return nullptr;
     void* lItem = Storage()->GetArray() ? Storage()->GetAt(pIndex) : nullptr;
     if (lItem) mStatus = Status::eLockAccessOk;
     ReadWriteUnlock();
@@ -321,7 +323,7 @@ void* QelLayerElementArray::GetReference(int pIndex, EQelType pValueType)
 void QelLayerElementArray::GetReferenceTo(int pIndex, void** pRef, EQelType pValueType)
 {
     mStatus = Status::eInvalidRequest;
-    if (!Storage() || !pRef || !CheckValueType(pValueType)) return;
+    if (!Storage() || !pRef || !CheckValueType(__func__, pValueType)) return;
     mStatus = Status::eWriteLockRefused;
     *pRef = nullptr;
     if (!IsWriteLocked()) {
@@ -442,7 +444,7 @@ void QelLayerElementArray::SetAt(int pIndex, const void* pItem, EQelType pValueT
 {
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || pIndex < 0 || pIndex >= Storage()->GetCount()) return;
-    if (!CheckValueType(pValueType)) return;
+    if (!CheckValueType(__func__, pValueType)) return;
     UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
         void* lRef = nullptr;
         GetReferenceTo(pIndex, &lRef, mDataType);
@@ -461,7 +463,7 @@ int QelLayerElementArray::InsertAt(int pIndex, const void* pItem, EQelType pValu
 {
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || pIndex < 0 || pIndex > Storage()->GetCount()) return -1;
-    if (!CheckValueType(pValueType)) return -1;
+    if (!CheckValueType(__func__, pValueType)) return -1;
     int lIndex = -1;
     UnderWriteLock(__func__,
                    [&](LayerElementArrayImp& pStorage) { lIndex = pStorage.InsertAt(pIndex, pItem); });
@@ -479,7 +481,7 @@ void QelLayerElementArray::RemoveAt(int pIndex, void** pItem, EQelType pValueTyp
 {
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || pIndex < 0 || pIndex >= Storage()->GetCount()) return;
-    if (!CheckValueType(pValueType)) return;
+    if (!CheckValueType(__func__, pValueType)) return;
     UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
         if (*pItem) std::memcpy(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
         pStorage.RemoveAt(pIndex);
@@ -498,7 +500,7 @@ bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
 {
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || !*pItem) return false;
-    if (!CheckValueType(pValueType)) return false;
+    if (!CheckValueType(__func__, pValueType)) return false;
     mStatus = Status::eWriteLockRefused;
     const int lIndex = Find(*pItem, pValueType);
     if (lIndex >= 0 && ReadWriteLock()) {
