@@ -276,19 +276,26 @@ void QelLayerElementArray::Release(void** pDataPtr, EQelType pDataType)
     mStride = static_cast<size_t>(QelTypeSizeOf(mDataType));
 }
 
-// Writes a converted buffer back into the items: the write lock zeroes them, then
-// items are converted until the first refusal, which leaves the rest zero.
+// Writes a converted buffer back into the items under a write lock: items are
+// converted until the first refusal, which leaves that item and the rest zero, as if
+// the lock had zeroed them all first. Zeroing only what is not overwritten spares a
+// pass over the storage.
 void QelLayerElementArray::CopyBack(void* pBuffer, EQelType pDataType)
 {
     const int lCount = GetCount();
-    if (!WriteLock()) return;
-    Storage()->Resize(lCount);
+    if (!ReadWriteLock()) return;
+    LayerElementArrayImp& lStorage = *Storage();
+    lStorage.Resize(lCount);
     // Never read past the buffer, whatever happened to the count meanwhile.
     const int lItems = QelMin(lCount, HeaderOf(pBuffer)->mCount);
     const size_t lSourceStride = static_cast<size_t>(QelTypeSizeOf(pDataType));
-    const int lCopied = QelTypeCopyArray(Storage()->GetArray(), mDataType, StrideOf(mDataType), pBuffer,
-                                         pDataType, lSourceStride, lItems);
+    const int lCopied = lStorage.GetArray() ? QelTypeCopyArray(lStorage.GetArray(), mDataType, StrideOf(mDataType),
+                                                               pBuffer, pDataType, lSourceStride, lItems)
+                                            : 0;
     if (lCopied != lItems) mStatus = Status::eCopyBackFailed;
+    if (lCopied < lStorage.GetCount())
+        std::memset(lStorage.GetAt(lCopied), 0,
+                    static_cast<size_t>(lStorage.GetCount() - lCopied) * static_cast<size_t>(lStorage.ItemSize()));
     WriteUnlock();
 }
 
