@@ -156,6 +156,8 @@ private:
     bool CheckValueType(const char* pFunction, EQelType pValueType) const;
     template <class Work>
     void UnderWriteLock(const char* pFunction, Work pWork);
+    template <class Work>
+    bool UnderReadLock(Work pWork) const;
     void CopyBack(void* pBuffer, EQelType pDataType);
     int Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const;
 };

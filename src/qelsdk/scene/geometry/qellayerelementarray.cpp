@@ -71,6 +71,20 @@ void FreeBuffer(void* pItems)
     QelFree(lHeader);
 }
 
+// Copies one item. The common item sizes get a fixed-size copy the compiler turns
+// into plain moves: single-item operations run once per item.
+inline void CopyItem(void* pDst, const void* pSrc, size_t pSize)
+{
+    switch (pSize) {
+    case 1: std::memcpy(pDst, pSrc, 1); break;
+    case 4: std::memcpy(pDst, pSrc, 4); break;
+    case 8: std::memcpy(pDst, pSrc, 8); break;
+    case 16: std::memcpy(pDst, pSrc, 16); break;
+    case 32: std::memcpy(pDst, pSrc, 32); break;
+    default: std::memcpy(pDst, pSrc, pSize); break;
+    }
+}
+
 } // namespace
 
 QelLayerElementArray::QelLayerElementArray(EQelType pDataType)
@@ -368,6 +382,20 @@ void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
     ReadWriteUnlock();
 }
 
+// A read lock held only for the length of pWork, granted and refused exactly as
+// ReadLock (reports, status and hook included). The count would go up and straight
+// back down with nothing in between able to see it, so it is left alone: the
+// single-item reads run once per item and a round trip of the count through memory
+// would be most of their cost.
+template <class Work>
+bool QelLayerElementArray::UnderReadLock(Work pWork) const
+{
+    if (mWriteLocked || (mDirectLocks & eWriteLock)) return ReadLock() != 0;
+    if (Storage()) Storage()->LockPostProcess();
+    pWork(*Storage());
+    return true;
+}
+
 void QelLayerElementArray::SetCount(int pCount)
 {
     if (pCount < 0) pCount = 0;
@@ -402,13 +430,12 @@ int QelLayerElementArray::GetCount() const
         return 0;
     }
     mStatus = Status::eReadLockRefused;
-    if (ReadLock() == 0) {
+    int lCount = -1;
+    if (!UnderReadLock([&](LayerElementArrayImp& pStorage) {
+            mStatus = Status::eLockAccessOk;
+            lCount = pStorage.GetCount();
+        }))
         QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not read locked");
-        return -1;
-    }
-    mStatus = Status::eLockAccessOk;
-    const int lCount = Storage()->GetCount();
-    ReadUnlock();
     return lCount;
 }
 
@@ -421,13 +448,11 @@ bool QelLayerElementArray::GetAt(int pIndex, void** pItem, EQelType) const
         return false;
     }
     mStatus = Status::eReadLockRefused;
-    if (ReadLock() == 0) {
+    if (!UnderReadLock([&](LayerElementArrayImp& pStorage) {
+            mStatus = Status::eLockAccessOk;
+            CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
+        }))
         QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not read locked");
-        return false;
-    }
-    mStatus = Status::eLockAccessOk;
-    std::memcpy(*pItem, Storage()->GetAt(pIndex), static_cast<size_t>(ItemSize()));
-    ReadUnlock();
     return mStatus == Status::eLockAccessOk;
 }
 
@@ -452,10 +477,10 @@ void QelLayerElementArray::SetAt(int pIndex, const void* pItem, EQelType pValueT
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || pIndex < 0 || pIndex >= Storage()->GetCount()) return;
     if (!CheckValueType(__func__, pValueType)) return;
+    // Under the lock just taken, the reference GetReferenceTo would hand out is the
+    // item's address and its status is eLockAccessOk: written here directly.
     UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
-        void* lRef = nullptr;
-        GetReferenceTo(pIndex, &lRef, mDataType);
-        if (lRef) std::memcpy(lRef, pItem, static_cast<size_t>(pStorage.ItemSize()));
+        CopyItem(pStorage.GetAt(pIndex), pItem, static_cast<size_t>(pStorage.ItemSize()));
     });
 }
 
@@ -490,7 +515,7 @@ void QelLayerElementArray::RemoveAt(int pIndex, void** pItem, EQelType pValueTyp
     if (!Storage() || !pItem || pIndex < 0 || pIndex >= Storage()->GetCount()) return;
     if (!CheckValueType(__func__, pValueType)) return;
     UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
-        if (*pItem) std::memcpy(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
+        if (*pItem) CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
         pStorage.RemoveAt(pIndex);
     });
 }
@@ -527,21 +552,18 @@ bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
 int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const
 {
     mStatus = Status::eReadLockRefused;
-    if (ReadLock() == 0) {
-        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "The array is not write locked");
-        return -1;
-    }
-    const int lCount = Storage()->GetCount();
-    const size_t lSize = static_cast<size_t>(ItemSize());
     int lFound = -1;
-    for (int i = pFrom; i >= 0 && i < lCount; i += pStep) {
-        if (std::memcmp(Storage()->GetAt(i), pItem, lSize) == 0) {
-            mStatus = Status::eLockAccessOk;
-            lFound = i;
-            break;
-        }
-    }
-    ReadUnlock();
+    if (!UnderReadLock([&](LayerElementArrayImp& pStorage) {
+            const size_t lSize = static_cast<size_t>(pStorage.ItemSize());
+            for (int i = pFrom; i >= 0 && i < pStorage.GetCount(); i += pStep) {
+                if (std::memcmp(pStorage.GetAt(i), pItem, lSize) == 0) {
+                    mStatus = Status::eLockAccessOk;
+                    lFound = i;
+                    return;
+                }
+            }
+        }))
+        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "The array is not write locked");
     return lFound;
 }
 
