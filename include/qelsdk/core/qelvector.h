@@ -71,6 +71,7 @@ public:
     T& operator[](int pIndex) { return mData[pIndex]; }
     const T& operator[](int pIndex) const { return mData[pIndex]; }
 
+    QelVectorTemplate4(const QelVectorTemplate4&) = default;
     QelVectorTemplate4& operator=(const QelVectorTemplate4&) = default;
 
     // Copies the three components into the first three; the fourth keeps its value.

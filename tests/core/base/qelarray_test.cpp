@@ -220,7 +220,8 @@ TEST(QelArray, RemoveAtShiftsDownAndKeepsFreedSlotBytes)
 
 TEST(QelArray, RemoveAtBadIndexStillShrinks)
 {
-    QelArray<int> lArray = Make({1, 2, 3});
+    QelArray<int> lArray(4);  // reserved slots are zero
+    for (int lItem : {1, 2, 3}) lArray.Add(lItem);
     ReportCapture lCapture;
     EXPECT_EQ(lArray.RemoveAt(3), 0);  // reserved slot of the block of 4
     EXPECT_EQ(lArray.Size(), 2);
@@ -360,7 +361,8 @@ TEST(QelArray, AssignmentCopiesBytesAndFits)
     EXPECT_EQ(lTarget.GetCapacity(), 5);
     EXPECT_EQ(Items(lTarget), Items(lSource));
     EXPECT_NE(lTarget.GetArray(), lSource.GetArray());
-    lTarget = lTarget;
+    QelArray<int>& lAlias = lTarget;
+    lTarget = lAlias;
     EXPECT_EQ(Items(lTarget), Items(lSource));
     QelArray<int> lCopy(lSource);
     EXPECT_EQ(Items(lCopy), Items(lSource));
