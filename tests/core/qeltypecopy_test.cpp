@@ -21,10 +21,10 @@ namespace {
 using test::Report;
 using test::ReportCapture;
 
-// The conversion matrix, rows copied as they are written in the design notes of the
-// conversion: destination first, then one letter per source type in the column order
-// char uchar short ushort uint llong ullong half bool int float double dbl2 dbl3 dbl4
-// dbl4x4 string time blob dist dtime.
+// The conversion matrix as a table of its own, kept apart from the library's: one row
+// per destination, then one letter per source type in the column order char uchar
+// short ushort uint llong ullong half bool int float double dbl2 dbl3 dbl4 dbl4x4
+// string time blob dist dtime.
 const char* const sMatrixRows[] = {
     "| char | = | c | - | - | - | - | - | - | c | c | c | c | - | - | - | - | p | - | - | - | - |",
     "| uchar | c | = | - | - | - | - | - | - | c | c | c | c | - | - | - | - | p | - | - | - | - |",
