@@ -5,6 +5,9 @@
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/scene/geometry/qellayer.h>
+#include <qelsdk/scene/geometry/qellayercontainer.h>
+
+#include <vector>
 
 namespace qelsdk {
 namespace test {
@@ -33,6 +36,17 @@ public:
 private:
     int* mDestroyed;
 };
+
+using Elements = std::vector<QelLayerElement*>;
+
+// The container's element list, in order.
+inline Elements ListOf(const QelLayerContainer& pContainer)
+{
+    Elements lElements;
+    for (int i = 0; i < pContainer.GetLayerElementCount(); ++i)
+        lElements.push_back(pContainer.GetLayerElement(i));
+    return lElements;
+}
 
 } // namespace test
 } // namespace qelsdk

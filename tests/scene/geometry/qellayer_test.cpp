@@ -13,15 +13,8 @@ namespace qelsdk {
 namespace {
 
 using test::TestElement;
-using Elements = std::vector<QelLayerElement*>;
-
-Elements ListOf(const QelLayerContainer& pContainer)
-{
-    Elements lElements;
-    for (int i = 0; i < pContainer.GetLayerElementCount(); ++i)
-        lElements.push_back(pContainer.GetLayerElement(i));
-    return lElements;
-}
+using test::Elements;
+using test::ListOf;
 
 TEST(QelLayerElement, EnumeratorValues)
 {

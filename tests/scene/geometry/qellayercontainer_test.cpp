@@ -15,17 +15,10 @@ using test::AllocationFailure;
 using test::Report;
 using test::ReportCapture;
 using test::TestElement;
-using Elements = std::vector<QelLayerElement*>;
+using test::Elements;
+using test::ListOf;
 
 const Report kArrayFull{"include/qelsdk/core/base/qelarray", "InsertAt", false, "lArray"};
-
-Elements ListOf(const QelLayerContainer& pContainer)
-{
-    Elements lElements;
-    for (int i = 0; i < pContainer.GetLayerElementCount(); ++i)
-        lElements.push_back(pContainer.GetLayerElement(i));
-    return lElements;
-}
 
 TEST(QelLayerContainer, StartsWithoutLayersOrElements)
 {
