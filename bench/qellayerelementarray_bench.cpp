@@ -23,7 +23,8 @@ void Fill(IntArray& pArray, int pCount)
 {
     pArray.Resize(pCount);
     int* lItems = static_cast<int*>(pArray.GetLocked(QelLayerElementArray::eWriteLock));
-    for (int i = 0; i < pCount; ++i) lItems[i] = i;
+    for (int i = 0; i < pCount; ++i)
+        lItems[i] = i;
     pArray.Release(reinterpret_cast<void**>(&lItems));
 }
 
@@ -56,12 +57,15 @@ BENCHMARK(BM_ConvertedRoundTrip)->Unit(benchmark::kMillisecond);
 void BM_PlainRoundTrip(benchmark::State& pState)
 {
     std::vector<int> lInts(kLarge);
-    for (int i = 0; i < kLarge; ++i) lInts[i] = i;
+    for (int i = 0; i < kLarge; ++i)
+        lInts[i] = i;
     for (auto _ : pState) {
         std::vector<float> lFloats(lInts.size());
-        for (size_t i = 0; i < lInts.size(); ++i) lFloats[i] = static_cast<float>(lInts[i]);
+        for (size_t i = 0; i < lInts.size(); ++i)
+            lFloats[i] = static_cast<float>(lInts[i]);
         benchmark::DoNotOptimize(lFloats.data());
-        for (size_t i = 0; i < lInts.size(); ++i) lInts[i] = static_cast<int>(lFloats[i]);
+        for (size_t i = 0; i < lInts.size(); ++i)
+            lInts[i] = static_cast<int>(lFloats[i]);
         benchmark::ClobberMemory();
     }
     pState.SetItemsProcessed(pState.iterations() * kLarge);
@@ -72,7 +76,8 @@ void BM_Add(benchmark::State& pState)
 {
     for (auto _ : pState) {
         IntArray lArray(eQelInt);
-        for (int i = 0; i < kLarge; ++i) lArray.Add(i);
+        for (int i = 0; i < kLarge; ++i)
+            lArray.Add(i);
         benchmark::DoNotOptimize(lArray.GetDataPtr());
     }
     pState.SetItemsProcessed(pState.iterations() * kLarge);
@@ -84,7 +89,8 @@ void BM_VectorPushBack(benchmark::State& pState)
     for (auto _ : pState) {
         std::vector<int> lVector;
         lVector.reserve(kLarge);
-        for (int i = 0; i < kLarge; ++i) lVector.push_back(i);
+        for (int i = 0; i < kLarge; ++i)
+            lVector.push_back(i);
         benchmark::DoNotOptimize(lVector.data());
     }
     pState.SetItemsProcessed(pState.iterations() * kLarge);
@@ -97,7 +103,8 @@ void BM_GetAt(benchmark::State& pState)
     Fill(lArray, kLarge);
     for (auto _ : pState) {
         long long lSum = 0;
-        for (int i = 0; i < kLarge; ++i) lSum += lArray.GetAt(i);
+        for (int i = 0; i < kLarge; ++i)
+            lSum += lArray.GetAt(i);
         benchmark::DoNotOptimize(lSum);
     }
     pState.SetItemsProcessed(pState.iterations() * kLarge);
@@ -109,7 +116,8 @@ void BM_SetAt(benchmark::State& pState)
     IntArray lArray(eQelInt);
     Fill(lArray, kLarge);
     for (auto _ : pState) {
-        for (int i = 0; i < kLarge; ++i) lArray.SetAt(i, i + 1);
+        for (int i = 0; i < kLarge; ++i)
+            lArray.SetAt(i, i + 1);
         benchmark::ClobberMemory();
     }
     pState.SetItemsProcessed(pState.iterations() * kLarge);

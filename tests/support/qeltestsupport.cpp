@@ -18,7 +18,7 @@ struct FailureState
 {
     int mCount = 0;
     int mFailed = 0;
-    int mFailAt = 0;    // 0: none
+    int mFailAt = 0; // 0: none
     bool mFailFrom = false;
 };
 FailureState sFailure;
@@ -26,9 +26,9 @@ FailureState sFailure;
 bool ShouldFail()
 {
     ++sFailure.mCount;
-    const bool lFail = sFailure.mFailAt > 0 &&
-                       (sFailure.mFailFrom ? sFailure.mCount >= sFailure.mFailAt
-                                           : sFailure.mCount == sFailure.mFailAt);
+    const bool lFail =
+        sFailure.mFailAt > 0 && (sFailure.mFailFrom ? sFailure.mCount >= sFailure.mFailAt
+                                                    : sFailure.mCount == sFailure.mFailAt);
     if (lFail) ++sFailure.mFailed;
     return lFail;
 }
@@ -48,7 +48,8 @@ std::ostream& operator<<(std::ostream& pStream, const Report& pReport)
                    << "\"}";
 }
 
-ReportCapture::ReportCapture() : mPrevious(QelSetAssertProc(CaptureProc)), mPreviousReports(sReports)
+ReportCapture::ReportCapture()
+    : mPrevious(QelSetAssertProc(CaptureProc)), mPreviousReports(sReports)
 {
     sReports = &mReports;
 }

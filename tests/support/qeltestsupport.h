@@ -63,8 +63,8 @@ public:
     void FailAt(int pNumber);   // fail only the pNumber-th allocation from now
     void FailFrom(int pNumber); // fail the pNumber-th and every later one
     void FailNone();
-    int Count() const;          // allocations asked for since construction or the last Fail*
-    int Failed() const;         // allocations refused
+    int Count() const;  // allocations asked for since construction or the last Fail*
+    int Failed() const; // allocations refused
 
 private:
     QelMallocProc mPreviousMalloc;

@@ -14,7 +14,10 @@ class QelDataType
 {
 public:
     constexpr QelDataType() : mName(""), mType(eQelUndefined) {}
-    constexpr QelDataType(const char* pName, EQelType pType) : mName(pName ? pName : ""), mType(pType) {}
+    constexpr QelDataType(const char* pName, EQelType pType)
+        : mName(pName ? pName : ""), mType(pType)
+    {
+    }
 
     EQelType GetType() const { return mType; }
     const char* GetName() const { return mName; }
@@ -40,11 +43,11 @@ extern const QelDataType QelUndefinedDT, QelCharDT, QelUCharDT, QelShortDT, QelU
     QelReferenceDT, QelBlobDT, QelDistanceDT, QelDateTimeDT;
 
 // The element data types; GetType() is the stored type of the element's direct array.
-extern const QelDataType QelLayerElementNormalDT, QelLayerElementBinormalDT, QelLayerElementTangentDT,
-    QelLayerElementUVDT, QelLayerElementVertexColorDT, QelLayerElementPolygonGroupDT,
-    QelLayerElementSmoothingDT, QelLayerElementCreaseDT, QelLayerElementHoleDT,
-    QelLayerElementVisibilityDT, QelLayerElementMaterialDT, QelLayerElementTextureDT,
-    QelLayerElementUserDataDT;
+extern const QelDataType QelLayerElementNormalDT, QelLayerElementBinormalDT,
+    QelLayerElementTangentDT, QelLayerElementUVDT, QelLayerElementVertexColorDT,
+    QelLayerElementPolygonGroupDT, QelLayerElementSmoothingDT, QelLayerElementCreaseDT,
+    QelLayerElementHoleDT, QelLayerElementVisibilityDT, QelLayerElementMaterialDT,
+    QelLayerElementTextureDT, QelLayerElementUserDataDT;
 
 // The texture channel data types, all references.
 extern const QelDataType QelMaterialDiffuseDT, QelMaterialDiffuseFactorDT, QelMaterialEmissiveDT,

@@ -8,8 +8,7 @@
 
 namespace qelsdk {
 
-template <class T>
-class QelVectorTemplate2
+template <class T> class QelVectorTemplate2
 {
 public:
     QelVectorTemplate2() : mData{} {}
@@ -34,8 +33,7 @@ public:
     T mData[2];
 };
 
-template <class T>
-class QelVectorTemplate3
+template <class T> class QelVectorTemplate3
 {
 public:
     QelVectorTemplate3() : mData{} {}
@@ -61,12 +59,13 @@ public:
     T mData[3];
 };
 
-template <class T>
-class QelVectorTemplate4
+template <class T> class QelVectorTemplate4
 {
 public:
     QelVectorTemplate4() : mData{} {}
-    QelVectorTemplate4(const T& pX, const T& pY, const T& pZ, const T& pW) : mData{pX, pY, pZ, pW} {}
+    QelVectorTemplate4(const T& pX, const T& pY, const T& pZ, const T& pW) : mData{pX, pY, pZ, pW}
+    {
+    }
 
     T& operator[](int pIndex) { return mData[pIndex]; }
     const T& operator[](int pIndex) const { return mData[pIndex]; }

@@ -12,8 +12,7 @@ int TextLength(const char* pText) { return pText ? static_cast<int>(std::strlen(
 
 // std::to_chars gives the shortest round-trip form; 32 bytes hold any int, float
 // or double in it.
-template <class T>
-QelString Format(T pValue)
+template <class T> QelString Format(T pValue)
 {
     char lText[32];
     const std::to_chars_result lResult = std::to_chars(lText, lText + sizeof(lText), pValue);
@@ -27,7 +26,10 @@ QelString::QelString(const char* pText, int pLength) : QelString() { Assign(pTex
 QelString::QelString(int pValue) : QelString() { *this = Format(pValue); }
 QelString::QelString(float pValue) : QelString() { *this = Format(pValue); }
 QelString::QelString(double pValue) : QelString() { *this = Format(pValue); }
-QelString::QelString(const QelString& pOther) : QelString() { Assign(pOther.mBuffer, pOther.mLength); }
+QelString::QelString(const QelString& pOther) : QelString()
+{
+    Assign(pOther.mBuffer, pOther.mLength);
+}
 QelString::~QelString() { QelFree(mBuffer); }
 
 QelString& QelString::operator=(const QelString& pOther)

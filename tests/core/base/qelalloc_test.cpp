@@ -13,9 +13,21 @@ namespace {
 int sMallocCalls = 0;
 int sReallocCalls = 0;
 int sFreeCalls = 0;
-void* CountingMalloc(size_t pSize) { ++sMallocCalls; return std::malloc(pSize); }
-void* CountingRealloc(void* p, size_t pSize) { ++sReallocCalls; return std::realloc(p, pSize); }
-void CountingFree(void* p) { ++sFreeCalls; std::free(p); }
+void* CountingMalloc(size_t pSize)
+{
+    ++sMallocCalls;
+    return std::malloc(pSize);
+}
+void* CountingRealloc(void* p, size_t pSize)
+{
+    ++sReallocCalls;
+    return std::realloc(p, pSize);
+}
+void CountingFree(void* p)
+{
+    ++sFreeCalls;
+    std::free(p);
+}
 
 struct Counters : testing::Test
 {
@@ -136,7 +148,7 @@ TEST(QelBaseAllocator, AllocatesRecordsOfItsSize)
     void* lRecords = lAllocator.AllocateRecords(3);
     ASSERT_NE(lRecords, nullptr);
     EXPECT_EQ(lFailure.Count(), 1);
-    std::memset(lRecords, 0, 72);  // all 72 bytes are ours (checked under the sanitizer)
+    std::memset(lRecords, 0, 72); // all 72 bytes are ours (checked under the sanitizer)
     lAllocator.FreeMemory(lRecords);
     lFailure.FailAt(1);
     EXPECT_EQ(lAllocator.AllocateRecords(1), nullptr);

@@ -14,13 +14,20 @@ using test::ReportCapture;
 
 const char* const kFile = "include/qelsdk/core/base/qelarray";
 
-Report Condition(const char* pFunction, const char* pText) { return Report{kFile, pFunction, false, pText}; }
-Report Message(const char* pFunction, const char* pText) { return Report{kFile, pFunction, true, pText}; }
+Report Condition(const char* pFunction, const char* pText)
+{
+    return Report{kFile, pFunction, false, pText};
+}
+Report Message(const char* pFunction, const char* pText)
+{
+    return Report{kFile, pFunction, true, pText};
+}
 
 QelArray<int> Make(std::initializer_list<int> pItems)
 {
     QelArray<int> lArray;
-    for (int lItem : pItems) lArray.Add(lItem);
+    for (int lItem : pItems)
+        lArray.Add(lItem);
     return lArray;
 }
 
@@ -43,7 +50,8 @@ TEST(QelArray, CapacityConstructorReservesZeroedSlots)
     QelArray<int> lArray(6);
     EXPECT_EQ(lArray.Size(), 0);
     EXPECT_EQ(lArray.GetCapacity(), 6);
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(lArray.GetArray()[i], 0);
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(lArray.GetArray()[i], 0);
     QelArray<int> lNone(0);
     EXPECT_EQ(lNone.GetArray(), nullptr);
 }
@@ -124,7 +132,7 @@ TEST(QelArray, InsertOutOfMemoryOnEmptyArray)
     EXPECT_EQ(lArray.GetCapacity(), 0);
     EXPECT_EQ(lArray.Size(), 0);
     EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("InsertAt", "lArray")}));
-    EXPECT_EQ(lArray.Add(1), 0);  // the next allocation succeeds
+    EXPECT_EQ(lArray.Add(1), 0); // the next allocation succeeds
     EXPECT_EQ(lArray.GetCapacity(), 1);
 }
 
@@ -141,7 +149,7 @@ TEST(QelArray, InsertOutOfMemoryKeepsFullArrayUnchanged)
     EXPECT_EQ(lArray.GetCapacity(), 4);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3, 4}));
     EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("InsertAt", "lArray"),
-                                                        Condition("InsertAt", "lArray")}));
+                                                       Condition("InsertAt", "lArray")}));
 }
 
 TEST(QelArray, SubscriptReportsButReturnsSlot)
@@ -163,19 +171,20 @@ TEST(QelArray, SubscriptReportsButReturnsSlot)
 
 TEST(QelArray, GetAtChecksLikeSubscript)
 {
-    QelArray<int> lArray(4);  // reserved slots are zero
+    QelArray<int> lArray(4); // reserved slots are zero
     lArray.Add(4);
     lArray.Add(5);
     lArray.Add(6);
     ReportCapture lCapture;
     EXPECT_EQ(lArray.GetAt(1), 5);
-    EXPECT_EQ(lArray.GetAt(3), 0);   // reserved slot: its bytes
-    EXPECT_EQ(lArray.GetAt(9), 0);   // no slot at all: zero
+    EXPECT_EQ(lArray.GetAt(3), 0); // reserved slot: its bytes
+    EXPECT_EQ(lArray.GetAt(9), 0); // no slot at all: zero
     EXPECT_EQ(lArray.GetAt(-2), 0);
     ASSERT_EQ(lCapture.Reports().size(), 3u);
     EXPECT_EQ(lCapture.Reports()[0].mFunction, "operator[]");
-    EXPECT_EQ(lCapture.Reports()[0].mMessage,
-              "Index is out of range, but not outside of capacity! Call SetAt() to use reserved memory.");
+    EXPECT_EQ(
+        lCapture.Reports()[0].mMessage,
+        "Index is out of range, but not outside of capacity! Call SetAt() to use reserved memory.");
     EXPECT_EQ(lCapture.Reports()[1].mMessage, "Index is out of range!");
     EXPECT_EQ(lCapture.Reports()[2].mMessage, "Index is out of range!");
 }
@@ -213,21 +222,22 @@ TEST(QelArray, RemoveAtShiftsDownAndKeepsFreedSlotBytes)
     QelArray<int> lArray = Make({1, 2, 3, 4});
     EXPECT_EQ(lArray.RemoveAt(1), 2);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 3, 4}));
-    EXPECT_EQ(lArray.GetArray()[3], 4);  // the freed slot keeps its bytes
+    EXPECT_EQ(lArray.GetArray()[3], 4); // the freed slot keeps its bytes
     EXPECT_EQ(lArray.RemoveAt(2), 4);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 3}));
 }
 
 TEST(QelArray, RemoveAtBadIndexStillShrinks)
 {
-    QelArray<int> lArray(4);  // reserved slots are zero
-    for (int lItem : {1, 2, 3}) lArray.Add(lItem);
+    QelArray<int> lArray(4); // reserved slots are zero
+    for (int lItem : {1, 2, 3})
+        lArray.Add(lItem);
     ReportCapture lCapture;
-    EXPECT_EQ(lArray.RemoveAt(3), 0);  // reserved slot of the block of 4
+    EXPECT_EQ(lArray.RemoveAt(3), 0); // reserved slot of the block of 4
     EXPECT_EQ(lArray.Size(), 2);
     EXPECT_EQ(lArray.RemoveAt(-1), 0);
     EXPECT_EQ(lArray.Size(), 1);
-    EXPECT_EQ(lArray.GetArray()[0], 1);  // nothing moved for a negative index
+    EXPECT_EQ(lArray.GetArray()[0], 1); // nothing moved for a negative index
     ASSERT_EQ(lCapture.Reports().size(), 2u);
     EXPECT_EQ(lCapture.Reports()[0],
               Message("operator[]", "Index is out of range, but not outside of capacity! Call "
@@ -263,7 +273,8 @@ TEST(QelArray, ReserveGrowsZeroedNeverShrinks)
     ReportCapture lCapture;
     EXPECT_TRUE(lArray.Reserve(10));
     EXPECT_EQ(lArray.GetCapacity(), 10);
-    for (int i = 3; i < 10; ++i) EXPECT_EQ(lArray.GetArray()[i], 0);
+    for (int i = 3; i < 10; ++i)
+        EXPECT_EQ(lArray.GetArray()[i], 0);
     int* lBlock = lArray.GetArray();
     EXPECT_TRUE(lArray.Reserve(2));
     EXPECT_EQ(lArray.GetCapacity(), 10);
@@ -271,7 +282,7 @@ TEST(QelArray, ReserveGrowsZeroedNeverShrinks)
     EXPECT_FALSE(lArray.Reserve(0));
     EXPECT_FALSE(lArray.Reserve(-4));
     EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Reserve", "pCapacity > 0"),
-                                                        Condition("Reserve", "pCapacity > 0")}));
+                                                       Condition("Reserve", "pCapacity > 0")}));
     EXPECT_EQ(lArray.GetCapacity(), 10);
 }
 
@@ -303,13 +314,13 @@ TEST(QelArray, ResizeFitsExactly)
 
 TEST(QelArray, ResizeInsideOldCapacityKeepsOldBytes)
 {
-    QelArray<int> lArray = Make({1, 2, 3, 4});  // capacity 4
+    QelArray<int> lArray = Make({1, 2, 3, 4}); // capacity 4
     lArray.RemoveAt(3);
     lArray.RemoveAt(2);
-    EXPECT_TRUE(lArray.Resize(4));  // gained inside the old capacity: old bytes
+    EXPECT_TRUE(lArray.Resize(4)); // gained inside the old capacity: old bytes
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3, 4}));
     lArray.RemoveAt(3);
-    EXPECT_TRUE(lArray.Resize(5));  // beyond the old capacity: from old size, zero
+    EXPECT_TRUE(lArray.Resize(5)); // beyond the old capacity: from old size, zero
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3, 0, 0}));
 }
 
@@ -405,8 +416,9 @@ TEST(QelArray, StoresDataTypesAsBytes)
 TEST(QelArrayFree, FreesEveryItemAndClears)
 {
     QelArray<void*> lBlocks;
-    for (int i = 0; i < 3; ++i) lBlocks.Add(QelMalloc(16));
-    QelArrayFree(lBlocks);  // leak detection checks the blocks went back
+    for (int i = 0; i < 3; ++i)
+        lBlocks.Add(QelMalloc(16));
+    QelArrayFree(lBlocks); // leak detection checks the blocks went back
     EXPECT_EQ(lBlocks.Size(), 0);
     EXPECT_EQ(lBlocks.GetArray(), nullptr);
 }

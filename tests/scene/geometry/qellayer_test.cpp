@@ -12,9 +12,9 @@
 namespace qelsdk {
 namespace {
 
-using test::TestElement;
 using test::Elements;
 using test::ListOf;
+using test::TestElement;
 
 TEST(QelLayerElement, EnumeratorValues)
 {

@@ -12,11 +12,11 @@ namespace qelsdk {
 namespace {
 
 using test::AllocationFailure;
+using test::Elements;
+using test::ListOf;
 using test::Report;
 using test::ReportCapture;
 using test::TestElement;
-using test::Elements;
-using test::ListOf;
 
 const Report kArrayFull{"include/qelsdk/core/base/qelarray", "InsertAt", false, "lArray"};
 

@@ -21,13 +21,20 @@ typedef QelLayerElementArray Array;
 
 const char* const kFile = "src/qelsdk/scene/geometry/qellayer";
 
-Report Message(const char* pFunction, const char* pText) { return Report{kFile, pFunction, true, pText}; }
-Report Condition(const char* pFunction, const char* pText) { return Report{kFile, pFunction, false, pText}; }
+Report Message(const char* pFunction, const char* pText)
+{
+    return Report{kFile, pFunction, true, pText};
+}
+Report Condition(const char* pFunction, const char* pText)
+{
+    return Report{kFile, pFunction, false, pText};
+}
 
 QelLayerElementArrayTemplate<int>* MakeInts(std::initializer_list<int> pItems)
 {
     auto* lArray = QelNew<QelLayerElementArrayTemplate<int>>(eQelInt);
-    for (int lItem : pItems) lArray->Add(lItem);
+    for (int lItem : pItems)
+        lArray->Add(lItem);
     return lArray;
 }
 
@@ -35,7 +42,8 @@ std::vector<int> Items(QelLayerElementArrayTemplate<int>& pArray)
 {
     std::vector<int> lItems;
     const int lCount = pArray.GetCount();
-    for (int i = 0; i < lCount; ++i) lItems.push_back(pArray.GetAt(i));
+    for (int i = 0; i < lCount; ++i)
+        lItems.push_back(pArray.GetAt(i));
     return lItems;
 }
 
@@ -79,7 +87,8 @@ TEST(QelLayerElementArray, WithoutMemoryForStorageEveryOperationRefuses)
     lFailure.FailAt(1);
     QelLayerElementArrayTemplate<int> lArray(eQelInt);
     lFailure.FailNone();
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("QelLayerElementArray", "mImplementation != NULL")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Condition("QelLayerElementArray", "mImplementation != NULL")}));
     EXPECT_EQ(lArray.GetImplementation(), nullptr);
     int lValue = 5;
     int* lPtr = &lValue;
@@ -140,8 +149,9 @@ TEST(QelLayerElementArrayLocks, ReadLockRefusedInsideWriteLock)
     ReportCapture lCapture;
     EXPECT_EQ(lArray->ReadLock(), 0);
     EXPECT_EQ(lArray->ReadUnlock(), -1);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                                        Message("ReadUnlock", "A writeLock is active")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
+                                   Message("ReadUnlock", "A writeLock is active")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -157,7 +167,7 @@ TEST(QelLayerElementArrayLocks, WriteLockRefusedUnderReadLock)
                                    Message("ReadWriteLock", "At least one ReadLock is active")}));
     EXPECT_FALSE(lArray->IsWriteLocked());
     lArray->ReadUnlock();
-    EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));  // the refused WriteLock discarded nothing
+    EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2})); // the refused WriteLock discarded nothing
 }
 
 TEST(QelLayerElementArrayLocks, NestedWriteLocksReleasedByFirstUnlock)
@@ -168,7 +178,7 @@ TEST(QelLayerElementArrayLocks, NestedWriteLocksReleasedByFirstUnlock)
     EXPECT_TRUE(lArray->ReadWriteLock());
     lArray->ReadWriteUnlock();
     EXPECT_FALSE(lArray->IsWriteLocked());
-    lArray->ReadWriteUnlock();  // unlock without a lock: not checked
+    lArray->ReadWriteUnlock(); // unlock without a lock: not checked
     EXPECT_FALSE(lArray->IsWriteLocked());
     EXPECT_TRUE(lCapture.Reports().empty());
 }
@@ -190,8 +200,9 @@ TEST(QelLayerElementArrayLocks, GetCountInsideWriteLock)
     ReportCapture lCapture;
     EXPECT_EQ(lArray->GetCount(), -1);
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                                        Message("GetCount", "The array is not read locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
+                                   Message("GetCount", "The array is not read locked")}));
     lArray->ReadWriteUnlock();
     EXPECT_EQ(lArray->GetCount(), 3);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
@@ -203,7 +214,10 @@ struct CountingImp : LayerElementArrayImp
     explicit CountingImp(size_t pItemSize) : LayerElementArrayImp(pItemSize) {}
     void LockPostProcess() override { mLocks.push_back(State()); }
     void UnlockPostProcess() override { mUnlocks.push_back(State()); }
-    std::pair<int, bool> State() const { return {mOwner->GetReadLockCount(), mOwner->IsWriteLocked()}; }
+    std::pair<int, bool> State() const
+    {
+        return {mOwner->GetReadLockCount(), mOwner->IsWriteLocked()};
+    }
     const QelLayerElementArray* mOwner = nullptr;
     std::vector<std::pair<int, bool>> mLocks;
     std::vector<std::pair<int, bool>> mUnlocks;
@@ -216,7 +230,8 @@ struct Hooked : testing::Test
         mImp = QelNew<CountingImp>(sizeof(int));
         mImp->mOwner = &mArray;
         mArray.SetImplementation(mImp);
-        for (int i = 1; i <= 3; ++i) mArray.Add(i);
+        for (int i = 1; i <= 3; ++i)
+            mArray.Add(i);
         mImp->mLocks.clear();
         mImp->mUnlocks.clear();
     }
@@ -228,7 +243,7 @@ TEST_F(Hooked, LockHookRunsBeforeTheStateChanges)
 {
     mArray.ReadLock();
     mArray.ReadLock();
-    mArray.ReadUnlock();  // no hook
+    mArray.ReadUnlock(); // no hook
     mArray.ReadUnlock();
     ASSERT_TRUE(mArray.ReadWriteLock());
     mArray.ReadWriteUnlock();
@@ -247,7 +262,7 @@ TEST_F(Hooked, RefusedLocksRunNoHook)
     mArray.ReadWriteLock();
     EXPECT_EQ(mArray.ReadLock(), 0);
     mArray.ReadWriteUnlock();
-    EXPECT_EQ(mImp->mLocks.size(), 2u);  // the granted read lock and read-write lock
+    EXPECT_EQ(mImp->mLocks.size(), 2u); // the granted read lock and read-write lock
     EXPECT_EQ(mImp->mUnlocks.size(), 1u);
 }
 
@@ -259,9 +274,9 @@ TEST_F(Hooked, WriteUnlockAndSingleItemOperationsCallHooksOncePerLock)
     EXPECT_EQ(mImp->mUnlocks.size(), 1u);
     mImp->mLocks.clear();
     mImp->mUnlocks.clear();
-    mArray.SetAt(0, 7);   // write lock
-    mArray.GetAt(0);      // read lock
-    mArray.GetCount();    // read lock
+    mArray.SetAt(0, 7); // write lock
+    mArray.GetAt(0);    // read lock
+    mArray.GetCount();  // read lock
     EXPECT_EQ(mImp->mLocks.size(), 3u);
     EXPECT_EQ(mImp->mUnlocks.size(), 1u);
 }
@@ -292,7 +307,7 @@ TEST(QelLayerElementArrayImplementation, SetImplementationReplacesAndDestroysOld
     QelLayerElementArrayTemplate<int> lArray(eQelInt);
     lArray.Add(1);
     auto* lImp = QelNew<LayerElementArrayImp>(sizeof(int));
-    lArray.SetImplementation(lImp);  // the old storage and its block are freed (leak-checked)
+    lArray.SetImplementation(lImp); // the old storage and its block are freed (leak-checked)
     EXPECT_EQ(lArray.GetImplementation(), lImp);
     EXPECT_EQ(lArray.GetCount(), 0);
     lArray.SetImplementation(nullptr);
@@ -309,12 +324,15 @@ TEST(QelLayerElementArrayGetLocked, ReadLockedTwiceSharesRawItems)
     void* lSecond = lArray->GetLocked(Array::eReadLock, eQelInt);
     ASSERT_NE(lFirst, nullptr);
     EXPECT_EQ(lFirst, lSecond);
-    EXPECT_EQ(lFirst, lArray->GetImplementation() ? static_cast<LayerElementArrayImp*>(lArray->GetImplementation())->GetArray() : nullptr);
+    EXPECT_EQ(lFirst,
+              lArray->GetImplementation()
+                  ? static_cast<LayerElementArrayImp*>(lArray->GetImplementation())->GetArray()
+                  : nullptr);
     EXPECT_EQ(lArray->GetReadLockCount(), 2);
     lArray->Release(&lFirst);
     EXPECT_EQ(lFirst, nullptr);
     EXPECT_EQ(lArray->GetReadLockCount(), 1);
-    EXPECT_TRUE(lArray->IsInUse());  // bit 1 of the direct locks is kept
+    EXPECT_TRUE(lArray->IsInUse()); // bit 1 of the direct locks is kept
     EXPECT_FALSE(lArray->ReadWriteLock());
     lArray->Release(&lSecond);
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
@@ -384,7 +402,8 @@ TEST(QelLayerElementArrayGetLocked, ConvertedWriteOnlyBufferStartsZero)
 TEST(QelLayerElementArrayGetLocked, FailedWriteBackKeepsConvertedPrefixThenZeroes)
 {
     Ints lArray({1, 2, 3});
-    QelString* lTexts = static_cast<QelString*>(lArray->GetLocked(Array::eReadWriteLock, eQelString));
+    QelString* lTexts =
+        static_cast<QelString*>(lArray->GetLocked(Array::eReadWriteLock, eQelString));
     ASSERT_NE(lTexts, nullptr);
     EXPECT_EQ(lTexts[0], "1");
     EXPECT_EQ(lTexts[2], "3");
@@ -406,7 +425,8 @@ TEST(QelLayerElementArrayGetLocked, ReadLockInsideWriteLockConflicts)
     EXPECT_EQ(lArray->GetLocked(Array::eReadLock), nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockConflict);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("GetLocked", "Attempting to ReadLock an already WriteLocked data")}));
+              (std::vector<Report>{
+                  Message("GetLocked", "Attempting to ReadLock an already WriteLocked data")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -419,8 +439,9 @@ TEST(QelLayerElementArrayGetLocked, WriteLockUnderReadLockConflicts)
     EXPECT_EQ(lArray->GetStatus(), Status::eLockConflict);
     EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock), nullptr);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("GetLocked", "Attempting to WriteLock an already ReadLocked data"),
-                                   Message("ReadWriteLock", "At least one ReadLock is active")}));
+              (std::vector<Report>{
+                  Message("GetLocked", "Attempting to WriteLock an already ReadLocked data"),
+                  Message("ReadWriteLock", "At least one ReadLock is active")}));
     lArray->ReadUnlock();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1}));
 }
@@ -458,8 +479,9 @@ TEST(QelLayerElementArrayGetLocked, DirectWriteBitRefusesReadLocks)
     lArray.SetStatus(Status::eLockAccessOk);
     EXPECT_EQ(lArray.ReadUnlock(), -1);
     EXPECT_EQ(lArray.GetStatus(), Status::eDirectLockHeld);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadLock", "A direct WriteLock is active"),
-                                                        Message("ReadUnlock", "A direct lock is active")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadLock", "A direct WriteLock is active"),
+                                   Message("ReadUnlock", "A direct lock is active")}));
     lArray.SetDirectLocks(0);
 }
 
@@ -467,12 +489,13 @@ TEST(QelLayerElementArrayGetLocked, DirectReadBitRefusesReadWriteLock)
 {
     Ints lArray({1});
     void* lItems = lArray->GetLocked(Array::eReadLock);
-    lArray->ReadUnlock();  // the count drops to 0, the direct bit stays
+    lArray->ReadUnlock(); // the count drops to 0, the direct bit stays
     ReportCapture lCapture;
     EXPECT_FALSE(lArray->ReadWriteLock());
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadWriteLock", "A direct ReadLock is active")}));
-    lArray->Release(&lItems);  // its ReadUnlock finds no count; the bit is cleared
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadWriteLock", "A direct ReadLock is active")}));
+    lArray->Release(&lItems); // its ReadUnlock finds no count; the bit is cleared
     EXPECT_TRUE(lArray->ReadWriteLock());
     lArray->ReadWriteUnlock();
 }
@@ -487,7 +510,8 @@ TEST(QelLayerElementArrayGetLocked, ReadWriteLockInsideDirectWriteLock)
     lArray->ReadWriteUnlock();
     EXPECT_TRUE(lArray->IsWriteLocked());
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
     lArray->Release(&lItems);
     EXPECT_FALSE(lArray->IsWriteLocked());
     EXPECT_FALSE(lArray->IsInUse());
@@ -502,7 +526,8 @@ TEST(QelLayerElementArrayGetLocked, WritingInsideDirectWriteLockWorksButCannotUn
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
     EXPECT_TRUE(lArray->IsWriteLocked());
     EXPECT_EQ(static_cast<int*>(lItems)[1], 5);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
     lArray->Release(&lItems);
     EXPECT_EQ(Items(*lArray), (std::vector<int>{0, 5}));
 }
@@ -537,8 +562,9 @@ TEST(QelLayerElementArrayGetLocked, AlienPointerRefused)
     lArray->Release(&lAlien);
     EXPECT_EQ(lAlien, &lOther);
     EXPECT_EQ(lArray->GetStatus(), Status::eAlienPointer);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("Release", "Attempting to release an alien pointer")}));
-    EXPECT_EQ(lArray->GetReadLockCount(), 0);  // the unlock happened before the check
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("Release", "Attempting to release an alien pointer")}));
+    EXPECT_EQ(lArray->GetReadLockCount(), 0); // the unlock happened before the check
     (void)lItems;
 }
 
@@ -563,7 +589,8 @@ TEST(QelLayerElementArrayGetLocked, ReferenceArrayAskedForUndefinedGivesRawItems
     ASSERT_NE(lItems, nullptr);
     EXPECT_EQ(*static_cast<unsigned long long**>(lItems), lPointer);
     lArray.Release(&lItems, eQelUndefined);
-    unsigned long long** lTyped = lArray.GetLocked(lPointer == nullptr ? nullptr : &lPointer, Array::eReadLock);
+    unsigned long long** lTyped =
+        lArray.GetLocked(lPointer == nullptr ? nullptr : &lPointer, Array::eReadLock);
     EXPECT_EQ(*lTyped, lPointer);
     lArray.Release(reinterpret_cast<void**>(&lTyped), eQelReference);
     EXPECT_FALSE(lArray.IsInUse());
@@ -575,9 +602,10 @@ TEST(QelLayerElementArrayGetLocked, OtherArrayAskedForUndefinedReportsConversion
     ReportCapture lCapture;
     EXPECT_EQ(lArray->GetLocked(Array::eReadLock, eQelUndefined), nullptr);
     ASSERT_GE(lCapture.Reports().size(), 1u);
-    EXPECT_EQ(lCapture.Reports()[0],
-              Condition("ConvertDataType",
-                        "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL"));
+    EXPECT_EQ(
+        lCapture.Reports()[0],
+        Condition("ConvertDataType",
+                  "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL"));
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
     EXPECT_FALSE(lArray->IsInUse());
 }
@@ -586,7 +614,8 @@ TEST(QelLayerElementArrayGetLocked, RefusedConversionGivesNullWithLockUndone)
 {
     Ints lArray({1, 2});
     ReportCapture lCapture;
-    EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock, eQelDouble4), nullptr);  // int to four-vector: refused
+    EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock, eQelDouble4),
+              nullptr); // int to four-vector: refused
     EXPECT_FALSE(lArray->IsWriteLocked());
     EXPECT_FALSE(lArray->IsInUse());
     EXPECT_TRUE(lCapture.Reports().empty());
@@ -602,8 +631,9 @@ TEST(QelLayerElementArrayGetLocked, ConvertedBufferOutOfMemory)
     EXPECT_EQ(lArray->GetLocked(Array::eReadLock, eQelDouble), nullptr);
     EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock, eQelDouble), nullptr);
     lFailure.FailNone();
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("ConvertDataType", "*pDataPtr != NULL"),
-                                                        Condition("ConvertDataType", "*pDataPtr != NULL")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Condition("ConvertDataType", "*pDataPtr != NULL"),
+                                   Condition("ConvertDataType", "*pDataPtr != NULL")}));
     EXPECT_FALSE(lArray->IsInUse());
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));
 }
@@ -612,8 +642,8 @@ TEST(QelLayerElementArrayGetLocked, DestroyingWithBuffersOutFreesThem)
 {
     auto* lArray = MakeInts({1, 2, 3});
     EXPECT_NE(lArray->GetLocked(Array::eReadLock, eQelDouble), nullptr);
-    EXPECT_NE(lArray->GetLocked(Array::eReadLock, eQelString), nullptr);  // owning items too
-    QelDelete(lArray);  // the leak checker sees both buffers and the strings go back
+    EXPECT_NE(lArray->GetLocked(Array::eReadLock, eQelString), nullptr); // owning items too
+    QelDelete(lArray); // the leak checker sees both buffers and the strings go back
 }
 
 TEST(QelLayerElementArrayGetLocked, ConvertDataTypeDirectly)
@@ -625,7 +655,7 @@ TEST(QelLayerElementArrayGetLocked, ConvertDataTypeDirectly)
     ASSERT_NE(lBuffer, nullptr);
     EXPECT_EQ(lStride, sizeof(short));
     EXPECT_EQ(static_cast<short*>(lBuffer)[1], 4);
-    lArray->Release(&lBuffer, eQelShort);  // a buffer it handed out: freed
+    lArray->Release(&lBuffer, eQelShort); // a buffer it handed out: freed
     EXPECT_EQ(lBuffer, nullptr);
     ReportCapture lCapture;
     lArray->ConvertDataType(eQelDouble, nullptr, &lStride);
@@ -657,7 +687,8 @@ TEST(QelLayerElementArrayReference, GetReference)
     ReportCapture lCapture;
     EXPECT_EQ(lArray->GetReference(1, eQelFloat), nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("GetReference", "Bad data type conversion")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("GetReference", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayReference, GetReferenceToNeedsWriteLock)
@@ -668,7 +699,8 @@ TEST(QelLayerElementArrayReference, GetReferenceToNeedsWriteLock)
     lArray->GetReferenceTo(0, &lRef, eQelInt);
     EXPECT_EQ(lRef, nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("GetReferenceTo", "The array is not write locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("GetReferenceTo", "The array is not write locked")}));
     ASSERT_TRUE(lArray->ReadWriteLock());
     lArray->GetReferenceTo(1, &lRef);
     ASSERT_NE(lRef, nullptr);
@@ -691,7 +723,7 @@ TEST(QelLayerElementArrayOps, GetAtOutOfRangeZeroFills)
     EXPECT_FALSE(lArray->GetAt(5, reinterpret_cast<void**>(&lPtr), eQelInt));
     EXPECT_EQ(lValue, 0);
     EXPECT_EQ(lArray->GetStatus(), Status::eInvalidRequest);
-    EXPECT_TRUE(lArray->GetAt(2, reinterpret_cast<void**>(&lPtr), eQelDouble));  // type ignored
+    EXPECT_TRUE(lArray->GetAt(2, reinterpret_cast<void**>(&lPtr), eQelDouble)); // type ignored
     EXPECT_EQ(lValue, 3);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
     EXPECT_TRUE(lArray->GetFirst(reinterpret_cast<void**>(&lPtr)));
@@ -711,8 +743,9 @@ TEST(QelLayerElementArrayOps, GetAtRefusedInsideWriteLock)
     EXPECT_FALSE(lArray->GetAt(0, reinterpret_cast<void**>(&lPtr), eQelInt));
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
     EXPECT_EQ(lValue, 7);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                                        Message("GetAt", "The array is not read locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
+                                   Message("GetAt", "The array is not read locked")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -723,14 +756,15 @@ TEST(QelLayerElementArrayOps, SetAtTypeChecked)
     ReportCapture lCapture;
     lArray->SetAt(0, &lFloat, eQelFloat);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));
-    lArray->SetAt(0, &lFloat, eQelUndefined);  // raw bytes
+    lArray->SetAt(0, &lFloat, eQelUndefined); // raw bytes
     EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
     int lBits = 0;
     std::memcpy(&lBits, &lFloat, sizeof(lBits));
     EXPECT_EQ(lArray->GetAt(0), lBits);
-    lArray->SetAt(2, &lFloat, eQelInt);  // out of range: silent
+    lArray->SetAt(2, &lFloat, eQelInt); // out of range: silent
     EXPECT_EQ(lArray->GetStatus(), Status::eInvalidRequest);
     lArray->SetLast(&lBits);
     EXPECT_EQ(lArray->GetAt(1), lBits);
@@ -743,8 +777,9 @@ TEST(QelLayerElementArrayOps, SetAtRefusedUnderReadLock)
     ReportCapture lCapture;
     lArray->SetAt(0, 5);
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active"),
-                                                        Message("SetAt", "The array is not write locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active"),
+                                   Message("SetAt", "The array is not write locked")}));
     lArray->ReadUnlock();
     EXPECT_EQ(lArray->GetAt(0), 1);
 }
@@ -761,7 +796,8 @@ TEST(QelLayerElementArrayOps, InsertAtBounds)
     ReportCapture lCapture;
     EXPECT_EQ(lArray->InsertAt(0, &lValue, eQelBool), -1);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("InsertAt", "Bad data type conversion")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("InsertAt", "Bad data type conversion")}));
     EXPECT_EQ(lArray->InsertAt(0, &lValue, eQelUndefined), 0);
     EXPECT_EQ(Items(*lArray), (std::vector<int>{9, 1, 2, 9}));
 }
@@ -782,7 +818,8 @@ TEST(QelLayerElementArrayOps, AddOutOfMemory)
     AllocationFailure lFailure;
     lFailure.FailFrom(1);
     EXPECT_EQ(lArray->Add(5), -1);
-    EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);  // the lock was granted; the storage refused
+    EXPECT_EQ(lArray->GetStatus(),
+              Status::eLockAccessOk); // the lock was granted; the storage refused
     lFailure.FailNone();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2, 3, 4}));
     EXPECT_FALSE(lArray->IsInUse());
@@ -814,7 +851,8 @@ TEST(QelLayerElementArrayOps, RemoveItMissingValueReportsWriteText)
     int* lPtr = &lValue;
     ReportCapture lCapture;
     EXPECT_FALSE(lArray->RemoveIt(reinterpret_cast<void**>(&lPtr)));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("RemoveIt", "The array is not write locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("RemoveIt", "The array is not write locked")}));
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
     lValue = 1;
     EXPECT_TRUE(lArray->RemoveIt(reinterpret_cast<void**>(&lPtr)));
@@ -849,8 +887,9 @@ TEST(QelLayerElementArrayOps, SearchRefusedInsideWriteLockReusesWriteText)
     lArray->ReadWriteLock();
     ReportCapture lCapture;
     EXPECT_EQ(lArray->Find(&lOne), -1);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                                        Message("FindAfter", "The array is not write locked")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
+                                   Message("FindAfter", "The array is not write locked")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -862,7 +901,7 @@ TEST(QelLayerElementArrayOps, SizingOperations)
     lArray->SetStatus(Status::eTypeMismatch);
     lArray->AddMultiple(0);
     lArray->AddMultiple(-3);
-    EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);  // untouched
+    EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch); // untouched
     EXPECT_EQ(lArray->GetCount(), 5);
     lArray->AddMultiple(2);
     EXPECT_EQ(lArray->GetCount(), 7);
@@ -906,7 +945,7 @@ TEST(QelLayerElementArrayOps, IsEqualComparesBytesOnly)
     Ints lShort({0, 0});
     EXPECT_FALSE(lShort->IsEqual(lEmptyA));
     Ints lBlockButEmpty({});
-    lBlockButEmpty->Resize(0);  // storage with no items
+    lBlockButEmpty->Resize(0); // storage with no items
     EXPECT_FALSE(lBlockButEmpty->IsEqual(*lCleared));
     EXPECT_EQ(lEmptyA.GetStatus(), Status::eLockAccessOk);
 }
@@ -935,19 +974,22 @@ TEST(QelLayerElementArrayTemplate, ColourTaggedAsFourVector)
     ReportCapture lCapture;
     lOther.SetAt(0, lColour);
     EXPECT_EQ(lOther.GetStatus(), Status::eTypeMismatch);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayTemplate, AssignmentCopiesItems)
 {
     QelLayerElementArrayTemplate<QelVector4> lSource(eQelDouble4);
     lSource.Resize(3);
-    for (int i = 0; i < 3; ++i) lSource.SetAt(i, QelVector4(i, i + 1, i + 2, i + 3));
+    for (int i = 0; i < 3; ++i)
+        lSource.SetAt(i, QelVector4(i, i + 1, i + 2, i + 3));
     QelLayerElementArrayTemplate<QelVector4> lTarget(eQelDouble4);
     lTarget.Resize(10);
     lTarget = lSource;
     EXPECT_EQ(lTarget.GetCount(), 3);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(lTarget.GetAt(i), lSource.GetAt(i));
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(lTarget.GetAt(i), lSource.GetAt(i));
     EXPECT_EQ(lTarget.GetStatus(), Status::eLockAccessOk);
     EXPECT_FALSE(lTarget.IsWriteLocked());
 }
@@ -971,8 +1013,9 @@ TEST(QelLayerElementArrayTemplate, AssignmentIntoOtherTypeRefusesEveryItem)
     EXPECT_EQ(lTarget.GetCount(), 2);
     EXPECT_EQ(lTarget.GetAt(0), 0);
     EXPECT_EQ(lTarget.GetAt(1), 0);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("SetAt", "Bad data type conversion"),
-                                                        Message("SetAt", "Bad data type conversion")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("SetAt", "Bad data type conversion"),
+                                   Message("SetAt", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayTemplate, AssignmentRefusedUnderReadLock)
@@ -997,7 +1040,8 @@ TEST(QelLayerElementArrayTemplate, AsReference)
     int& lFallback = lArray->AsReference(0);
     EXPECT_EQ(&lFallback, &lArray->mFallbackItem);
     lFallback = 99;
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active")}));
     lArray->ReadUnlock();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 20}));
 }
@@ -1006,7 +1050,7 @@ TEST(QelLayerElementArrayTemplate, PointerInstantiations)
 {
     QelLayerElementArrayTemplate<void*> lVoids(eQelReference);
     EXPECT_EQ(lVoids.mFallbackItem, nullptr);
-    EXPECT_EQ(lVoids.AsReference(0), nullptr);  // no storage yet: the fallback
+    EXPECT_EQ(lVoids.AsReference(0), nullptr); // no storage yet: the fallback
     QelLayerElementArrayTemplate<bool> lBools(eQelBool);
     lBools.Resize(1);
     lBools.SetAt(0, true);

@@ -21,7 +21,8 @@ int Item(LayerElementArrayImp& pImp, int pIndex) { return *static_cast<int*>(pIm
 std::vector<int> Slots(LayerElementArrayImp& pImp)
 {
     std::vector<int> lSlots;
-    for (int i = 0; i < pImp.GetBlockCount() * 4; ++i) lSlots.push_back(Item(pImp, i));
+    for (int i = 0; i < pImp.GetBlockCount() * 4; ++i)
+        lSlots.push_back(Item(pImp, i));
     return lSlots;
 }
 
@@ -29,7 +30,8 @@ std::vector<int> Slots(LayerElementArrayImp& pImp)
 void Fill(LayerElementArrayImp& pImp, std::initializer_list<int> pItems)
 {
     if (!pImp.GetHeader()) pImp.Resize(0);
-    for (int lItem : pItems) pImp.InsertAt(pImp.GetCount(), &lItem);
+    for (int lItem : pItems)
+        pImp.InsertAt(pImp.GetCount(), &lItem);
 }
 
 TEST(LayerElementArrayImp, LayoutAndEmptyState)
@@ -44,7 +46,7 @@ TEST(LayerElementArrayImp, LayoutAndEmptyState)
     EXPECT_EQ(lImp.GetCount(), 0);
     EXPECT_EQ(lImp.GetArrayCount(), 0);
     EXPECT_EQ(lImp.GetBlockCount(), 0);
-    lImp.SetArrayCount(3);  // no block: silently nothing
+    lImp.SetArrayCount(3); // no block: silently nothing
     lImp.SetBlockCount(3);
     EXPECT_EQ(lImp.GetArrayCount(), 0);
     EXPECT_EQ(lImp.GetBlockCount(), 0);
@@ -77,7 +79,8 @@ TEST(LayerElementArrayImp, ResizeFitsBlocksAndZeroesTail)
     lImp.Resize(5);
     EXPECT_EQ(lImp.GetBlockCount(), 2);
     EXPECT_EQ(lImp.GetCount(), 5);
-    for (int i = 0; i < 5; ++i) *static_cast<int*>(lImp.GetAt(i)) = i + 1;
+    for (int i = 0; i < 5; ++i)
+        *static_cast<int*>(lImp.GetAt(i)) = i + 1;
     lImp.Resize(3);
     EXPECT_EQ(lImp.GetBlockCount(), 1);
     EXPECT_EQ(lImp.GetCount(), 3);
@@ -88,7 +91,7 @@ TEST(LayerElementArrayImp, ResizeGrowingInsideBlocksExposesOldBytes)
 {
     LayerElementArrayImp lImp(sizeof(int));
     Fill(lImp, {1, 2, 3, 4, 5});
-    lImp.Resize(5);  // two blocks exactly
+    lImp.Resize(5); // two blocks exactly
     ASSERT_EQ(lImp.GetBlockCount(), 2);
     lImp.SetCount(2);
     lImp.Resize(5);
@@ -104,7 +107,8 @@ TEST(LayerElementArrayImp, ResizeNegativeReportedAndRefused)
     Fill(lImp, {1, 2});
     ReportCapture lCapture;
     lImp.Resize(-1);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{{kFile, "Resize", false, "pItemCount >= 0"}}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{{kFile, "Resize", false, "pItemCount >= 0"}}));
     EXPECT_EQ(lImp.GetCount(), 2);
     EXPECT_EQ(Item(lImp, 1), 2);
 }
@@ -138,7 +142,7 @@ TEST(LayerElementArrayImp, AddMultipleFitsExactlyAndZeroes)
 {
     LayerElementArrayImp lImp(sizeof(int));
     Fill(lImp, {1, 2, 3});
-    lImp.AddMultiple(6);  // 9 items: 3 blocks, never the doubled 4
+    lImp.AddMultiple(6); // 9 items: 3 blocks, never the doubled 4
     EXPECT_EQ(lImp.GetCount(), 9);
     EXPECT_EQ(lImp.GetBlockCount(), 3);
     EXPECT_EQ(Slots(lImp), (std::vector<int>{1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
@@ -148,11 +152,12 @@ TEST(LayerElementArrayImp, AddMultipleInsideBlockZeroesTheRest)
 {
     LayerElementArrayImp lImp(sizeof(int));
     lImp.Resize(8);
-    for (int i = 0; i < 8; ++i) *static_cast<int*>(lImp.GetAt(i)) = i + 1;
-    lImp.SetCount(1);     // items 1..7 keep their bytes
-    lImp.AddMultiple(1);  // zeroes up to the end of the blocks two items need: one
+    for (int i = 0; i < 8; ++i)
+        *static_cast<int*>(lImp.GetAt(i)) = i + 1;
+    lImp.SetCount(1);    // items 1..7 keep their bytes
+    lImp.AddMultiple(1); // zeroes up to the end of the blocks two items need: one
     EXPECT_EQ(lImp.GetCount(), 2);
-    EXPECT_EQ(lImp.GetBlockCount(), 2);  // never shrinks
+    EXPECT_EQ(lImp.GetBlockCount(), 2); // never shrinks
     EXPECT_EQ(Slots(lImp), (std::vector<int>{1, 0, 0, 0, 5, 6, 7, 8}));
 }
 
@@ -184,7 +189,7 @@ TEST(LayerElementArrayImp, AddMultipleOutOfMemoryNoChange)
 TEST(LayerElementArrayImp, SetCountGrowsThroughAddMultiple)
 {
     LayerElementArrayImp lImp(sizeof(int));
-    lImp.SetCount(0);  // no block: nothing at all
+    lImp.SetCount(0); // no block: nothing at all
     EXPECT_EQ(lImp.GetHeader(), nullptr);
     lImp.SetCount(6);
     EXPECT_EQ(lImp.GetCount(), 6);
@@ -208,8 +213,9 @@ TEST(LayerElementArrayImp, SetCountNegativeReportedNoChange)
     Fill(lImp, {1, 2});
     ReportCapture lCapture;
     lImp.SetCount(-1);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{{kFile, "SetCount", true, "ArrayUL : Item count can't be negative"}}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{{kFile, "SetCount", true, "ArrayUL : Item count can't be negative"}}));
     EXPECT_EQ(lImp.GetCount(), 2);
 }
 
@@ -245,14 +251,15 @@ TEST(LayerElementArrayImp, InsertionDoublesBlocks)
         lBlockCounts.push_back(lImp.GetBlockCount());
     }
     EXPECT_EQ(lBlockCounts, (std::vector<int>{1, 1, 1, 1, 2, 2, 2, 2, 4}));
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(Item(lImp, i), i);
+    for (int i = 0; i < 9; ++i)
+        EXPECT_EQ(Item(lImp, i), i);
 }
 
 TEST(LayerElementArrayImp, InsertOwnItemMovesSafely)
 {
     LayerElementArrayImp lImp(sizeof(int));
     Fill(lImp, {1, 2, 3});
-    EXPECT_EQ(lImp.InsertAt(0, lImp.GetAt(0)), 0);  // source slot overlaps the shift
+    EXPECT_EQ(lImp.InsertAt(0, lImp.GetAt(0)), 0); // source slot overlaps the shift
     EXPECT_EQ(Item(lImp, 0), 1);
     EXPECT_EQ(Item(lImp, 1), 1);
     EXPECT_EQ(Item(lImp, 3), 3);
@@ -290,7 +297,7 @@ TEST(LayerElementArrayImp, RemoveShiftsDownAndZeroesVacatedSlot)
     Fill(lImp, {1, 2, 3});
     lImp.RemoveAt(0);
     EXPECT_EQ(Slots(lImp), (std::vector<int>{2, 3, 0, 0}));
-    lImp.RemoveAt(1);  // the last item
+    lImp.RemoveAt(1); // the last item
     EXPECT_EQ(lImp.GetCount(), 1);
     EXPECT_EQ(Slots(lImp), (std::vector<int>{2, 0, 0, 0}));
     EXPECT_EQ(lImp.GetBlockCount(), 1);
@@ -333,7 +340,7 @@ TEST(LayerElementArrayImp, DestroyedThroughBasePointerFreesBlock)
 {
     LayerElementArrayImp* lImp = QelNew<CountingImp>();
     lImp->Resize(10);
-    lImp->LockPostProcess();    // the base hooks do nothing
+    lImp->LockPostProcess(); // the base hooks do nothing
     lImp->UnlockPostProcess();
     EXPECT_EQ(lImp->GetCount(), 10);
     QelDelete(lImp);

@@ -27,8 +27,7 @@ void QelFree(void* pBlock);
 
 // Allocates through QelMalloc and constructs in place; null without construction
 // when the allocation fails.
-template <class T, class... Args>
-T* QelNew(Args&&... pArgs)
+template <class T, class... Args> T* QelNew(Args&&... pArgs)
 {
     void* lMemory = QelMalloc(sizeof(T));
     if (!lMemory) return nullptr;
@@ -38,25 +37,16 @@ T* QelNew(Args&&... pArgs)
 // Runs the (virtual) destructor, then frees; a null pointer is ignored. The block
 // freed is the one of the most derived object, which a virtual destructor's class
 // shares its address with for the single-inheritance trees of the library.
-template <class T>
-void QelDelete(T* p)
+template <class T> void QelDelete(T* p)
 {
     if (!p) return;
     p->~T();
     QelFree(p);
 }
 
-template <class T>
-inline T QelMin(const T& a, const T& b)
-{
-    return b < a ? b : a;
-}
+template <class T> inline T QelMin(const T& a, const T& b) { return b < a ? b : a; }
 
-template <class T>
-inline T QelMax(const T& a, const T& b)
-{
-    return a < b ? b : a;
-}
+template <class T> inline T QelMax(const T& a, const T& b) { return a < b ? b : a; }
 
 // The record allocator of the ordered map: a fixed record size, records taken from
 // QelMalloc. Reserve is a hook for pooling allocators and does nothing here.

@@ -23,11 +23,9 @@
 
 namespace qelsdk {
 
-template <class T>
-class QelArray
+template <class T> class QelArray
 {
-    static_assert(std::is_trivially_copyable<T>::value,
-                  "QelArray moves its items as raw bytes");
+    static_assert(std::is_trivially_copyable<T>::value, "QelArray moves its items as raw bytes");
 
 public:
     QelArray() : mSize(0), mCapacity(0), mArray(nullptr) {}
@@ -111,7 +109,7 @@ public:
 
     int Add(const T& pItem)
     {
-        if (mSize < mCapacity) {  // fast path of InsertAt(mSize, pItem, false)
+        if (mSize < mCapacity) { // fast path of InsertAt(mSize, pItem, false)
             mArray[mSize] = pItem;
             return mSize++;
         }
@@ -253,10 +251,10 @@ private:
 
 // Frees every item with QelFree, then empties the array. Only for arrays of
 // pointers to blocks obtained from QelMalloc.
-template <class T>
-void QelArrayFree(QelArray<T>& pArray)
+template <class T> void QelArrayFree(QelArray<T>& pArray)
 {
-    for (int i = 0; i < pArray.Size(); ++i) QelFree(pArray[i]);
+    for (int i = 0; i < pArray.Size(); ++i)
+        QelFree(pArray[i]);
     pArray.Clear();
 }
 

@@ -59,19 +59,21 @@ public:
     bool IsWriteLocked() const { return mWriteLocked; }
     int GetReadLockCount() const { return mReadLockCount; }
     bool IsInUse() const;
-    int ReadLock() const;        // new count; 0 when refused
-    int ReadUnlock() const;      // new count; -1 when refused
-    bool ReadWriteLock() const;  // keeps the items
+    int ReadLock() const;       // new count; 0 when refused
+    int ReadUnlock() const;     // new count; -1 when refused
+    bool ReadWriteLock() const; // keeps the items
     void ReadWriteUnlock() const;
-    bool WriteLock() const;      // replaces the items by as many zeroed items
+    bool WriteLock() const; // replaces the items by as many zeroed items
     void WriteUnlock() const;
 
     // Whole-buffer access. GetLocked locks and hands out the items as pDataType (the
     // raw items when that is the stored type, else a converted copy); null on failure.
     virtual void* GetLocked(ELockMode pLockMode, EQelType pDataType);
-    void* GetLocked(ELockMode pLockMode = eReadWriteLock) { return GetLocked(pLockMode, mDataType); }
-    template <class T>
-    T* GetLocked(T* pDummy, ELockMode pLockMode = eReadWriteLock)
+    void* GetLocked(ELockMode pLockMode = eReadWriteLock)
+    {
+        return GetLocked(pLockMode, mDataType);
+    }
+    template <class T> T* GetLocked(T* pDummy, ELockMode pLockMode = eReadWriteLock)
     {
         return static_cast<T*>(GetLocked(pLockMode, QelTypeOf(*pDummy)));
     }
@@ -122,22 +124,16 @@ public:
     bool IsEqual(const QelLayerElementArray& pArray) const;
 
     // Typed single items: the type passed down is QelTypeOf(T).
-    template <class T>
-    bool GetAt(int pIndex, T* pItem) const
+    template <class T> bool GetAt(int pIndex, T* pItem) const
     {
         T* lPtr = pItem;
         return GetAt(pIndex, reinterpret_cast<void**>(&lPtr), QelTypeOf(*pItem));
     }
-    template <class T>
-    void SetAt(int pIndex, const T& pItem)
+    template <class T> void SetAt(int pIndex, const T& pItem)
     {
         SetAt(pIndex, &pItem, QelTypeOf(pItem));
     }
-    template <class T>
-    int Add(const T& pItem)
-    {
-        return Add(&pItem, QelTypeOf(pItem));
-    }
+    template <class T> int Add(const T& pItem) { return Add(&pItem, QelTypeOf(pItem)); }
 
 protected:
     EQelType mDataType;
@@ -154,18 +150,15 @@ private:
     LayerElementArrayImp* Storage() const;
     int ItemSize() const;
     bool CheckValueType(const char* pFunction, EQelType pValueType) const;
-    template <class Work>
-    void UnderWriteLock(const char* pFunction, Work pWork);
-    template <class Work>
-    bool UnderReadLock(Work pWork) const;
+    template <class Work> void UnderWriteLock(const char* pFunction, Work pWork);
+    template <class Work> bool UnderReadLock(Work pWork) const;
     void CopyBack(void* pBuffer, EQelType pDataType);
     int Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const;
 };
 
 // The typed face of the array: the same storage, locks and status, with values of T.
 // The stored type is whatever the creator passed, not derived from T.
-template <class T>
-class QelLayerElementArrayTemplate : public QelLayerElementArray
+template <class T> class QelLayerElementArrayTemplate : public QelLayerElementArray
 {
 public:
     explicit QelLayerElementArrayTemplate(EQelType pDataType)
@@ -204,7 +197,8 @@ public:
         SetStatus(LockAccessStatus::eWriteLockRefused);
         if (!WriteLock()) return *this;
         QelLayerElementArray::SetCount(pOther.GetCount());
-        for (int i = 0; i < pOther.GetCount(); ++i) SetAt(i, pOther.GetAt(i));
+        for (int i = 0; i < pOther.GetCount(); ++i)
+            SetAt(i, pOther.GetAt(i));
         WriteUnlock();
         SetStatus(LockAccessStatus::eLockAccessOk);
         return *this;

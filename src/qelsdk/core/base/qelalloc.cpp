@@ -13,8 +13,7 @@ QelMallocProc sMallocProc = DefaultMalloc;
 QelReallocProc sReallocProc = DefaultRealloc;
 QelFreeProc sFreeProc = DefaultFree;
 
-template <class Proc>
-Proc Replace(Proc& pSlot, Proc pProc, Proc pDefault)
+template <class Proc> Proc Replace(Proc& pSlot, Proc pProc, Proc pDefault)
 {
     Proc lPrevious = pSlot;
     pSlot = pProc ? pProc : pDefault;
@@ -23,8 +22,14 @@ Proc Replace(Proc& pSlot, Proc pProc, Proc pDefault)
 
 } // namespace
 
-QelMallocProc QelSetMallocHandler(QelMallocProc pProc) { return Replace(sMallocProc, pProc, DefaultMalloc); }
-QelReallocProc QelSetReallocHandler(QelReallocProc pProc) { return Replace(sReallocProc, pProc, DefaultRealloc); }
+QelMallocProc QelSetMallocHandler(QelMallocProc pProc)
+{
+    return Replace(sMallocProc, pProc, DefaultMalloc);
+}
+QelReallocProc QelSetReallocHandler(QelReallocProc pProc)
+{
+    return Replace(sReallocProc, pProc, DefaultRealloc);
+}
 QelFreeProc QelSetFreeHandler(QelFreeProc pProc) { return Replace(sFreeProc, pProc, DefaultFree); }
 
 // A zero-byte request is served as one byte so that a null result always means

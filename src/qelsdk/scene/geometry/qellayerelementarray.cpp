@@ -36,10 +36,10 @@ struct alignas(16) BufferHeader
 
 BufferHeader* HeaderOf(void* pItems) { return static_cast<BufferHeader*>(pItems) - 1; }
 
-template <class T>
-void DestroyItems(void* pItems, int pCount)
+template <class T> void DestroyItems(void* pItems, int pCount)
 {
-    for (int i = 0; i < pCount; ++i) static_cast<T*>(pItems)[i].~T();
+    for (int i = 0; i < pCount; ++i)
+        static_cast<T*>(pItems)[i].~T();
 }
 
 // Zero bytes are a valid empty value of every type; only the owning types need
@@ -63,10 +63,17 @@ void FreeBuffer(void* pItems)
 {
     BufferHeader* lHeader = HeaderOf(pItems);
     switch (lHeader->mType) {
-    case eQelString: DestroyItems<QelString>(pItems, lHeader->mCount); break;
-    case eQelBlob: DestroyItems<QelBlob>(pItems, lHeader->mCount); break;
-    case eQelDistance: DestroyItems<QelDistance>(pItems, lHeader->mCount); break;
-    default: break;
+    case eQelString:
+        DestroyItems<QelString>(pItems, lHeader->mCount);
+        break;
+    case eQelBlob:
+        DestroyItems<QelBlob>(pItems, lHeader->mCount);
+        break;
+    case eQelDistance:
+        DestroyItems<QelDistance>(pItems, lHeader->mCount);
+        break;
+    default:
+        break;
     }
     QelFree(lHeader);
 }
@@ -76,12 +83,24 @@ void FreeBuffer(void* pItems)
 inline void CopyItem(void* pDst, const void* pSrc, size_t pSize)
 {
     switch (pSize) {
-    case 1: std::memcpy(pDst, pSrc, 1); break;
-    case 4: std::memcpy(pDst, pSrc, 4); break;
-    case 8: std::memcpy(pDst, pSrc, 8); break;
-    case 16: std::memcpy(pDst, pSrc, 16); break;
-    case 32: std::memcpy(pDst, pSrc, 32); break;
-    default: std::memcpy(pDst, pSrc, pSize); break;
+    case 1:
+        std::memcpy(pDst, pSrc, 1);
+        break;
+    case 4:
+        std::memcpy(pDst, pSrc, 4);
+        break;
+    case 8:
+        std::memcpy(pDst, pSrc, 8);
+        break;
+    case 16:
+        std::memcpy(pDst, pSrc, 16);
+        break;
+    case 32:
+        std::memcpy(pDst, pSrc, 32);
+        break;
+    default:
+        std::memcpy(pDst, pSrc, pSize);
+        break;
     }
 }
 
@@ -99,7 +118,8 @@ QelLayerElementArray::QelLayerElementArray(EQelType pDataType)
 QelLayerElementArray::~QelLayerElementArray()
 {
     QelDelete(Storage());
-    for (int i = 0; i < mConvertedBuffers.Size(); ++i) FreeBuffer(mConvertedBuffers[i]);
+    for (int i = 0; i < mConvertedBuffers.Size(); ++i)
+        FreeBuffer(mConvertedBuffers[i]);
     mConvertedBuffers.Clear();
 }
 
@@ -201,7 +221,8 @@ void* QelLayerElementArray::GetLocked(ELockMode pLockMode, EQelType pDataType)
     const bool lWrite = (pLockMode & eWriteLock) != 0;
     if (lRead && !lWrite) {
         if (mWriteLocked) {
-            QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Attempting to ReadLock an already WriteLocked data");
+            QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE,
+                               "Attempting to ReadLock an already WriteLocked data");
             mStatus = Status::eLockConflict;
             return nullptr;
         }
@@ -234,9 +255,10 @@ void* QelLayerElementArray::GetLocked(ELockMode pLockMode, EQelType pDataType)
 void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, size_t* pStride)
 {
     if (pDataType == QelUndefinedDT.GetType() || !pDataPtr || !pStride)
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE,
-                             "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL");
-    if (!pDataPtr || !pStride) return;  // nowhere to hand a buffer to
+        QEL_REPORT_CONDITION(
+            QELSDK_LAYER_FILE,
+            "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL");
+    if (!pDataPtr || !pStride) return; // nowhere to hand a buffer to
     *pDataPtr = nullptr;
     *pStride = StrideOf(pDataType);
     if (!Storage()) {
@@ -249,8 +271,8 @@ void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, 
         QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "*pDataPtr != NULL");
         return;
     }
-    const int lCopied = QelTypeCopyArray(lBuffer, pDataType, *pStride, Storage()->GetArray(), mDataType,
-                                         StrideOf(mDataType), lCount);
+    const int lCopied = QelTypeCopyArray(lBuffer, pDataType, *pStride, Storage()->GetArray(),
+                                         mDataType, StrideOf(mDataType), lCount);
     if (lCopied != lCount || mConvertedBuffers.Add(lBuffer) < 0) {
         FreeBuffer(lBuffer);
         return;
@@ -303,13 +325,15 @@ void QelLayerElementArray::CopyBack(void* pBuffer, EQelType pDataType)
     // Never read past the buffer, whatever happened to the count meanwhile.
     const int lItems = QelMin(lCount, HeaderOf(pBuffer)->mCount);
     const size_t lSourceStride = static_cast<size_t>(QelTypeSizeOf(pDataType));
-    const int lCopied = lStorage.GetArray() ? QelTypeCopyArray(lStorage.GetArray(), mDataType, StrideOf(mDataType),
-                                                               pBuffer, pDataType, lSourceStride, lItems)
-                                            : 0;
+    const int lCopied = lStorage.GetArray()
+                            ? QelTypeCopyArray(lStorage.GetArray(), mDataType, StrideOf(mDataType),
+                                               pBuffer, pDataType, lSourceStride, lItems)
+                            : 0;
     if (lCopied != lItems) mStatus = Status::eCopyBackFailed;
     if (lCopied < lStorage.GetCount())
         std::memset(lStorage.GetAt(lCopied), 0,
-                    static_cast<size_t>(lStorage.GetCount() - lCopied) * static_cast<size_t>(lStorage.ItemSize()));
+                    static_cast<size_t>(lStorage.GetCount() - lCopied) *
+                        static_cast<size_t>(lStorage.ItemSize()));
     WriteUnlock();
 }
 
@@ -365,8 +389,7 @@ void QelLayerElementArray::SetImplementation(void* pImplementation)
 
 // The write pattern shared by the writing operations; reports carry the name of the
 // operation that asked for the lock. Without storage there is nothing to lock.
-template <class Work>
-void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
+template <class Work> void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
 {
     if (!Storage()) {
         mStatus = Status::eInvalidRequest;
@@ -374,7 +397,8 @@ void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
     }
     mStatus = Status::eWriteLockRefused;
     if (!ReadWriteLock()) {
-        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "The array is not write locked");
+        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s",
+                   "The array is not write locked");
         return;
     }
     mStatus = Status::eLockAccessOk;
@@ -387,8 +411,7 @@ void QelLayerElementArray::UnderWriteLock(const char* pFunction, Work pWork)
 // back down with nothing in between able to see it, so it is left alone: the
 // single-item reads run once per item and a round trip of the count through memory
 // would be most of their cost.
-template <class Work>
-bool QelLayerElementArray::UnderReadLock(Work pWork) const
+template <class Work> bool QelLayerElementArray::UnderReadLock(Work pWork) const
 {
     if (mWriteLocked || (mDirectLocks & eWriteLock)) return ReadLock() != 0;
     if (Storage()) Storage()->LockPostProcess();
@@ -399,20 +422,23 @@ bool QelLayerElementArray::UnderReadLock(Work pWork) const
 void QelLayerElementArray::SetCount(int pCount)
 {
     if (pCount < 0) pCount = 0;
-    UnderWriteLock(__func__, [pCount](LayerElementArrayImp& pStorage) { pStorage.SetCount(pCount); });
+    UnderWriteLock(__func__,
+                   [pCount](LayerElementArrayImp& pStorage) { pStorage.SetCount(pCount); });
 }
 
 void QelLayerElementArray::Resize(int pItemCount)
 {
     if (pItemCount < 0) pItemCount = 0;
-    UnderWriteLock(__func__, [pItemCount](LayerElementArrayImp& pStorage) { pStorage.Resize(pItemCount); });
+    UnderWriteLock(__func__,
+                   [pItemCount](LayerElementArrayImp& pStorage) { pStorage.Resize(pItemCount); });
 }
 
 void QelLayerElementArray::AddMultiple(int pItemCount)
 {
     if (pItemCount <= 0) return;
-    UnderWriteLock(__func__,
-                   [pItemCount](LayerElementArrayImp& pStorage) { pStorage.AddMultiple(pItemCount); });
+    UnderWriteLock(__func__, [pItemCount](LayerElementArrayImp& pStorage) {
+        pStorage.AddMultiple(pItemCount);
+    });
 }
 
 void QelLayerElementArray::Clear()
@@ -497,8 +523,9 @@ int QelLayerElementArray::InsertAt(int pIndex, const void* pItem, EQelType pValu
     if (!Storage() || !pItem || pIndex < 0 || pIndex > Storage()->GetCount()) return -1;
     if (!CheckValueType(__func__, pValueType)) return -1;
     int lIndex = -1;
-    UnderWriteLock(__func__,
-                   [&](LayerElementArrayImp& pStorage) { lIndex = pStorage.InsertAt(pIndex, pItem); });
+    UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
+        lIndex = pStorage.InsertAt(pIndex, pItem);
+    });
     return lIndex;
 }
 
@@ -515,7 +542,8 @@ void QelLayerElementArray::RemoveAt(int pIndex, void** pItem, EQelType pValueTyp
     if (!Storage() || !pItem || pIndex < 0 || pIndex >= Storage()->GetCount()) return;
     if (!CheckValueType(__func__, pValueType)) return;
     UnderWriteLock(__func__, [&](LayerElementArrayImp& pStorage) {
-        if (*pItem) CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
+        if (*pItem)
+            CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
         pStorage.RemoveAt(pIndex);
     });
 }
@@ -549,7 +577,8 @@ bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
 // A search that finds nothing leaves eReadLockRefused, set before the lock and never
 // cleared; callers rely on the returned index. A refused read lock reuses the write
 // text, as it always has.
-int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const
+int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep,
+                                 const void* pItem) const
 {
     mStatus = Status::eReadLockRefused;
     int lFound = -1;
@@ -563,7 +592,8 @@ int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep, co
                 }
             }
         }))
-        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "The array is not write locked");
+        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s",
+                   "The array is not write locked");
     return lFound;
 }
 
@@ -598,7 +628,8 @@ bool QelLayerElementArray::IsEqual(const QelLayerElementArray& pArray) const
     void* lMineItems = lMine ? lMine->GetArray() : nullptr;
     void* lTheirItems = lTheirs ? lTheirs->GetArray() : nullptr;
     if (!lMineItems || !lTheirItems) return !lMineItems && !lTheirItems;
-    return std::memcmp(lMineItems, lTheirItems, static_cast<size_t>(lCount) * static_cast<size_t>(ItemSize())) == 0;
+    return std::memcmp(lMineItems, lTheirItems,
+                       static_cast<size_t>(lCount) * static_cast<size_t>(ItemSize())) == 0;
 }
 
 } // namespace qelsdk

@@ -19,16 +19,14 @@ uint32_t BlocksFor(int pItemCount)
 
 } // namespace
 
-template <class TypeSize>
-bool LayerArrayBase<TypeSize>::ValidateIndex(int pIndex) const
+template <class TypeSize> bool LayerArrayBase<TypeSize>::ValidateIndex(int pIndex) const
 {
     if (pIndex >= 0 && pIndex < GetArrayCount()) return true;
     QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Array : Index out of range");
     return false;
 }
 
-template <class TypeSize>
-bool LayerArrayBase<TypeSize>::Reallocate(uint32_t pBlockCount)
+template <class TypeSize> bool LayerArrayBase<TypeSize>::Reallocate(uint32_t pBlockCount)
 {
     const uint32_t lBytes = SlotBytes(pBlockCount * 4u) + static_cast<uint32_t>(GetHeaderOffset());
     void* lBlock = QelRealloc(mBlock, lBytes);
@@ -38,8 +36,7 @@ bool LayerArrayBase<TypeSize>::Reallocate(uint32_t pBlockCount)
     return true;
 }
 
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::ZeroBytes(uint32_t pFrom, uint32_t pTo)
+template <class TypeSize> void LayerArrayBase<TypeSize>::ZeroBytes(uint32_t pFrom, uint32_t pTo)
 {
     if (pFrom < pTo) std::memset(Slots() + pFrom, 0, pTo - pFrom);
 }
@@ -47,8 +44,7 @@ void LayerArrayBase<TypeSize>::ZeroBytes(uint32_t pFrom, uint32_t pTo)
 // Sets the count to exactly pItemCount and the allocation to exactly the blocks it
 // needs, shrinking as well as growing. A negative count is reported and refused: it
 // has no slots to zero and no allocation to fit.
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::Resize(int pItemCount)
+template <class TypeSize> void LayerArrayBase<TypeSize>::Resize(int pItemCount)
 {
     if (pItemCount < 0) {
         QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pItemCount >= 0");
@@ -72,8 +68,7 @@ void LayerArrayBase<TypeSize>::Resize(int pItemCount)
 
 // Appends pItemCount zeroed items; the allocation grows to exactly the blocks needed
 // and never shrinks. A negative count is reported and then refused like zero.
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::AddMultiple(int pItemCount)
+template <class TypeSize> void LayerArrayBase<TypeSize>::AddMultiple(int pItemCount)
 {
     if (pItemCount <= 0) {
         QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pItemCount > 0");
@@ -84,7 +79,8 @@ void LayerArrayBase<TypeSize>::AddMultiple(int pItemCount)
     const uint32_t lNewBlockCount = BlocksFor(pItemCount + lOldCount);
     const uint32_t lOldSize = SlotBytes(static_cast<uint32_t>(lOldCount));
     const uint32_t lNewSize = SlotBytes(lNewBlockCount * 4u);
-    if (lOldSize >= lNewSize) QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "lOldArraySize < lNewArraySize");
+    if (lOldSize >= lNewSize)
+        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "lOldArraySize < lNewArraySize");
     uint32_t lBlockCount = lOldBlockCount;
     if (lOldBlockCount < lNewBlockCount) {
         if (!Reallocate(lNewBlockCount)) return;
@@ -97,8 +93,7 @@ void LayerArrayBase<TypeSize>::AddMultiple(int pItemCount)
 
 // Shrinking frees and zeroes nothing: the items beyond the new count keep their
 // bytes. On an array without a block this does nothing at all.
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::SetCount(int pCount)
+template <class TypeSize> void LayerArrayBase<TypeSize>::SetCount(int pCount)
 {
     if (pCount < 0) {
         QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "ArrayUL : Item count can't be negative");
@@ -115,8 +110,7 @@ void LayerArrayBase<TypeSize>::SetCount(int pCount)
 // the index used, or -1 when the block cannot grow. A full block doubles (1, 2, 4 ...
 // blocks) and the new slots are left as the allocator gave them. A negative index is
 // reported and refused: it names no slot.
-template <class TypeSize>
-int LayerArrayBase<TypeSize>::InsertAt(int pIndex, const void* pItem)
+template <class TypeSize> int LayerArrayBase<TypeSize>::InsertAt(int pIndex, const void* pItem)
 {
     const int lCount = GetArrayCount();
     const uint32_t lBlockCount = static_cast<uint32_t>(GetBlockCount());
@@ -132,7 +126,8 @@ int LayerArrayBase<TypeSize>::InsertAt(int pIndex, const void* pItem)
     }
     const uint32_t lItemSize = static_cast<uint32_t>(GetTypeSize());
     char* lSlot = Slots() + SlotBytes(static_cast<uint32_t>(pIndex));
-    if (pIndex < lCount) std::memmove(lSlot + lItemSize, lSlot, SlotBytes(static_cast<uint32_t>(lCount - pIndex)));
+    if (pIndex < lCount)
+        std::memmove(lSlot + lItemSize, lSlot, SlotBytes(static_cast<uint32_t>(lCount - pIndex)));
     std::memmove(lSlot, pItem, lItemSize);
     SetArrayCount(lCount + 1);
     SetBlockCount(static_cast<int>(lNewBlockCount));
@@ -140,21 +135,21 @@ int LayerArrayBase<TypeSize>::InsertAt(int pIndex, const void* pItem)
 }
 
 // Removes one item; the vacated last slot is zeroed and the allocation kept.
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::RemoveAt(int pIndex)
+template <class TypeSize> void LayerArrayBase<TypeSize>::RemoveAt(int pIndex)
 {
     if (!ValidateIndex(pIndex)) return;
     const int lCount = GetArrayCount();
     const uint32_t lItemSize = static_cast<uint32_t>(GetTypeSize());
     char* lSlot = Slots() + SlotBytes(static_cast<uint32_t>(pIndex));
     if (pIndex + 1 < lCount)
-        std::memmove(lSlot, lSlot + lItemSize, SlotBytes(static_cast<uint32_t>(lCount - pIndex - 1)));
+        std::memmove(lSlot, lSlot + lItemSize,
+                     SlotBytes(static_cast<uint32_t>(lCount - pIndex - 1)));
     SetArrayCount(lCount - 1);
-    ZeroBytes(SlotBytes(static_cast<uint32_t>(lCount - 1)), SlotBytes(static_cast<uint32_t>(lCount)));
+    ZeroBytes(SlotBytes(static_cast<uint32_t>(lCount - 1)),
+              SlotBytes(static_cast<uint32_t>(lCount)));
 }
 
-template <class TypeSize>
-void LayerArrayBase<TypeSize>::Clear()
+template <class TypeSize> void LayerArrayBase<TypeSize>::Clear()
 {
     QelFree(mBlock);
     mBlock = nullptr;

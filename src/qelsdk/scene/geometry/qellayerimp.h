@@ -34,8 +34,7 @@ private:
 
 // The block storage proper, over its item-size holder (only LayerArrayBaseSize is
 // instantiated). No virtual operations: the fields are the block and the holder.
-template <class TypeSize>
-class LayerArrayBase
+template <class TypeSize> class LayerArrayBase
 {
 public:
     struct Header
@@ -84,7 +83,10 @@ public:
 private:
     // Byte offset of slot pIndex from the first slot, in 32-bit unsigned arithmetic
     // like every byte size of the block.
-    uint32_t SlotBytes(uint32_t pSlots) const { return pSlots * static_cast<uint32_t>(GetTypeSize()); }
+    uint32_t SlotBytes(uint32_t pSlots) const
+    {
+        return pSlots * static_cast<uint32_t>(GetTypeSize());
+    }
     char* Slots() { return static_cast<char*>(mBlock) + GetHeaderOffset(); }
     // Reallocates the block to pBlockCount blocks of four slots; false (block kept)
     // when the allocation fails.
