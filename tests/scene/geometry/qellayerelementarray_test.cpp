@@ -590,7 +590,7 @@ TEST(QelLayerElementArrayGetLocked, ReferenceArrayAskedForUndefinedGivesRawItems
     EXPECT_EQ(*static_cast<unsigned long long**>(lItems), lPointer);
     lArray.Release(&lItems, eQelUndefined);
     unsigned long long** lTyped =
-        lArray.GetLocked(lPointer == nullptr ? nullptr : &lPointer, Array::eReadLock);
+        lArray.GetLocked(&lPointer, Array::eReadLock);
     EXPECT_EQ(*lTyped, lPointer);
     lArray.Release(reinterpret_cast<void**>(&lTyped), eQelReference);
     EXPECT_FALSE(lArray.IsInUse());
