@@ -333,7 +333,12 @@ TEST(QelLayerElementArrayGetLocked, ReadLockedTwiceSharesRawItems)
     EXPECT_EQ(lFirst, nullptr);
     EXPECT_EQ(lArray->GetReadLockCount(), 1);
     EXPECT_TRUE(lArray->IsInUse()); // bit 1 of the direct locks is kept
-    EXPECT_FALSE(lArray->ReadWriteLock());
+    {
+        ReportCapture lCapture;
+        EXPECT_FALSE(lArray->ReadWriteLock());
+        EXPECT_EQ(lCapture.Reports(),
+                  (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active")}));
+    }
     lArray->Release(&lSecond);
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
     EXPECT_FALSE(lArray->IsInUse());
