@@ -29,6 +29,22 @@ struct Report
 
 std::ostream& operator<<(std::ostream& pStream, const Report& pReport);
 
+// The expected reports of one library file: a failed condition (flag false) or a
+// message (flag true) from the named function.
+struct FileReports
+{
+    const char* mFile;
+
+    Report Condition(const char* pFunction, const char* pText) const
+    {
+        return Report{mFile, pFunction, false, pText};
+    }
+    Report Message(const char* pFunction, const char* pText) const
+    {
+        return Report{mFile, pFunction, true, pText};
+    }
+};
+
 // While alive, records every report instead of printing it (line numbers are not
 // kept: they are the implementation's own). Nests: the previous procedure comes back
 // at destruction.

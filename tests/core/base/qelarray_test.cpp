@@ -13,15 +13,7 @@ using test::Report;
 using test::ReportCapture;
 
 const char* const kFile = "include/qelsdk/core/base/qelarray";
-
-Report Condition(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, false, pText};
-}
-Report Message(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, true, pText};
-}
+const test::FileReports kReports{kFile};
 
 QelArray<int> Make(std::initializer_list<int> pItems)
 {
@@ -90,7 +82,8 @@ TEST(QelArray, InsertNegativeRefused)
     QelArray<int> lArray = Make({1, 2, 3});
     ReportCapture lCapture;
     EXPECT_EQ(lArray.InsertAt(-1, 9), -1);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("InsertAt", "pIndex >= 0")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("InsertAt", "pIndex >= 0")}));
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(lArray.GetCapacity(), 4);
 }
@@ -131,7 +124,7 @@ TEST(QelArray, InsertOutOfMemoryOnEmptyArray)
     EXPECT_EQ(lArray.GetArray(), nullptr);
     EXPECT_EQ(lArray.GetCapacity(), 0);
     EXPECT_EQ(lArray.Size(), 0);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("InsertAt", "lArray")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("InsertAt", "lArray")}));
     EXPECT_EQ(lArray.Add(1), 0); // the next allocation succeeds
     EXPECT_EQ(lArray.GetCapacity(), 1);
 }
@@ -148,8 +141,8 @@ TEST(QelArray, InsertOutOfMemoryKeepsFullArrayUnchanged)
     EXPECT_EQ(lArray.GetArray(), lBlock);
     EXPECT_EQ(lArray.GetCapacity(), 4);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3, 4}));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("InsertAt", "lArray"),
-                                                       Condition("InsertAt", "lArray")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("InsertAt", "lArray"),
+                                                       kReports.Condition("InsertAt", "lArray")}));
 }
 
 TEST(QelArray, SubscriptReportsButReturnsSlot)
@@ -163,10 +156,11 @@ TEST(QelArray, SubscriptReportsButReturnsSlot)
     EXPECT_EQ(lArray[0], 1);
     EXPECT_EQ(lCapture.Reports(),
               (std::vector<Report>{
-                  Message("operator[]", "Index is out of range, but not outside of capacity! Call "
-                                        "SetAt() to use reserved memory."),
-                  Message("operator[]", "Index is out of range!"),
-                  Message("operator[]", "Index is out of range!")}));
+                  kReports.Message("operator[]",
+                                   "Index is out of range, but not outside of capacity! Call "
+                                   "SetAt() to use reserved memory."),
+                  kReports.Message("operator[]", "Index is out of range!"),
+                  kReports.Message("operator[]", "Index is out of range!")}));
 }
 
 TEST(QelArray, GetAtChecksLikeSubscript)
@@ -210,7 +204,7 @@ TEST(QelArray, SetAtOutsideCapacityRefused)
     lArray.SetAt(4, 9);
     lArray.SetAt(-1, 9);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2, 3}));
-    const Report lExpected = Condition("SetAt", "pIndex >= 0 && pIndex < mCapacity");
+    const Report lExpected = kReports.Condition("SetAt", "pIndex >= 0 && pIndex < mCapacity");
     EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{lExpected, lExpected}));
     QelArray<int> lEmpty;
     lEmpty.SetAt(0, 1);
@@ -240,9 +234,10 @@ TEST(QelArray, RemoveAtBadIndexStillShrinks)
     EXPECT_EQ(lArray.GetArray()[0], 1); // nothing moved for a negative index
     ASSERT_EQ(lCapture.Reports().size(), 2u);
     EXPECT_EQ(lCapture.Reports()[0],
-              Message("operator[]", "Index is out of range, but not outside of capacity! Call "
-                                    "SetAt() to use reserved memory."));
-    EXPECT_EQ(lCapture.Reports()[1], Message("operator[]", "Index is out of range!"));
+              kReports.Message("operator[]",
+                               "Index is out of range, but not outside of capacity! Call "
+                               "SetAt() to use reserved memory."));
+    EXPECT_EQ(lCapture.Reports()[1], kReports.Message("operator[]", "Index is out of range!"));
 }
 
 TEST(QelArray, RemoveItAndFind)
@@ -264,7 +259,8 @@ TEST(QelArray, FindNegativeStartRefused)
     QelArray<int> lArray = Make({1});
     ReportCapture lCapture;
     EXPECT_EQ(lArray.Find(1, -1), -1);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Find", "pStartIndex >= 0")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("Find", "pStartIndex >= 0")}));
 }
 
 TEST(QelArray, ReserveGrowsZeroedNeverShrinks)
@@ -281,8 +277,9 @@ TEST(QelArray, ReserveGrowsZeroedNeverShrinks)
     EXPECT_EQ(lArray.GetArray(), lBlock);
     EXPECT_FALSE(lArray.Reserve(0));
     EXPECT_FALSE(lArray.Reserve(-4));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Reserve", "pCapacity > 0"),
-                                                       Condition("Reserve", "pCapacity > 0")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("Reserve", "pCapacity > 0"),
+                                   kReports.Condition("Reserve", "pCapacity > 0")}));
     EXPECT_EQ(lArray.GetCapacity(), 10);
 }
 
@@ -297,7 +294,7 @@ TEST(QelArray, ReserveOutOfMemory)
     EXPECT_EQ(lArray.GetArray(), lBlock);
     EXPECT_EQ(lArray.GetCapacity(), 2);
     EXPECT_EQ(Items(lArray), (std::vector<int>{1, 2}));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Reserve", "lArray")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("Reserve", "lArray")}));
 }
 
 TEST(QelArray, ResizeFitsExactly)
@@ -333,7 +330,7 @@ TEST(QelArray, ResizeZeroFreesNegativeRefused)
     lArray.Add(1);
     ReportCapture lCapture;
     EXPECT_FALSE(lArray.Resize(-1));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Resize", "pSize > 0")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("Resize", "pSize > 0")}));
     EXPECT_EQ(Items(lArray), (std::vector<int>{1}));
 }
 
@@ -348,7 +345,7 @@ TEST(QelArray, ResizeOutOfMemoryLeavesArray)
     EXPECT_EQ(lArray.GetArray(), lBlock);
     EXPECT_EQ(lArray.Size(), 3);
     EXPECT_EQ(lArray.GetCapacity(), 4);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Resize", "lArray")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("Resize", "lArray")}));
 }
 
 TEST(QelArray, ClearFreesAndIsIdempotent)
@@ -391,7 +388,7 @@ TEST(QelArray, AssignmentOutOfMemoryLeavesTarget)
     lFailure.FailFrom(1);
     lTarget = lSource;
     EXPECT_EQ(Items(lTarget), (std::vector<int>{7}));
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Resize", "lArray")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition("Resize", "lArray")}));
 }
 
 TEST(QelArray, AllocateChangesNoField)

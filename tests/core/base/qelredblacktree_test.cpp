@@ -18,15 +18,7 @@ using test::Report;
 using test::ReportCapture;
 
 const char* const kFile = "include/qelsdk/core/base/qelredblacktree";
-
-Report Condition(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, false, pText};
-}
-Report Message(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, true, pText};
-}
+const test::FileReports kReports{kFile};
 
 typedef QelMap<int, int> IntMap;
 typedef IntMap::KeyValuePair IntPair;
@@ -639,10 +631,11 @@ TEST_F(RotationTest, RotationsRefuseMissingNodes)
     mTree.LeftRotate(mRecords[3]);
     mTree.RightRotate(nullptr);
     mTree.RightRotate(mRecords[1]);
-    EXPECT_EQ(mCapture.Reports(), (std::vector<Report>{Condition("LeftRotate", "pNode"),
-                                                       Condition("LeftRotate", "lNode"),
-                                                       Condition("RightRotate", "pNode"),
-                                                       Condition("RightRotate", "lNode")}));
+    EXPECT_EQ(mCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("LeftRotate", "pNode"),
+                                   kReports.Condition("LeftRotate", "lNode"),
+                                   kReports.Condition("RightRotate", "pNode"),
+                                   kReports.Condition("RightRotate", "lNode")}));
     EXPECT_TRUE(Matches(mTree, {{1, 0}, {2, 0}, {3, 0}}));
 }
 
@@ -651,8 +644,9 @@ TEST_F(RotationTest, LeftRotateChecksSubtreeA)
     Build(true);
     mRecords[1]->mParent = mRecords[3];
     mTree.LeftRotate(mRecords[2]);
-    EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("LeftRotate", "A == 0 || A->mParent == pNode")}));
+    EXPECT_EQ(
+        mCapture.Reports(),
+        (std::vector<Report>{kReports.Condition("LeftRotate", "A == 0 || A->mParent == pNode")}));
 }
 
 TEST_F(RotationTest, LeftRotateChecksSubtreeC)
@@ -660,8 +654,9 @@ TEST_F(RotationTest, LeftRotateChecksSubtreeC)
     Build(true);
     mRecords[4]->mParent = mRecords[1];
     mTree.LeftRotate(mRecords[2]);
-    EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("LeftRotate", "C == 0 || C->mParent == lNode")}));
+    EXPECT_EQ(
+        mCapture.Reports(),
+        (std::vector<Report>{kReports.Condition("LeftRotate", "C == 0 || C->mParent == lNode")}));
 }
 
 TEST_F(RotationTest, LeftRotateChecksParentZ)
@@ -670,7 +665,7 @@ TEST_F(RotationTest, LeftRotateChecksParentZ)
     mRecords[3]->mParent = mRecords[1];
     mTree.LeftRotate(mRecords[3]);
     EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition(
+              (std::vector<Report>{kReports.Condition(
                   "LeftRotate", "Z == 0 || Z->mLeftChild == lNode || Z->mRightChild == lNode")}));
     // Hang the lifted record back where the tree can reach and free it.
     mRecords[2]->mRightChild = mRecords[4];
@@ -682,7 +677,8 @@ TEST_F(RotationTest, LeftRotateChecksRoot)
     Build(false);
     mTree.mRoot = mRecords[1];
     mTree.LeftRotate(mRecords[2]);
-    EXPECT_EQ(mCapture.Reports(), (std::vector<Report>{Condition("LeftRotate", "mRoot == pNode")}));
+    EXPECT_EQ(mCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("LeftRotate", "mRoot == pNode")}));
     EXPECT_EQ(mTree.mRoot, mRecords[3]);
     EXPECT_EQ(Keys(mTree), (std::vector<int>{1, 2, 3}));
 }
@@ -694,8 +690,9 @@ TEST_F(RotationTest, RightRotateChecksSubtreeA)
     ASSERT_EQ(mTree.mRoot, mRecords[3]);
     mRecords[1]->mParent = mRecords[4];
     mTree.RightRotate(mRecords[3]);
-    EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("RightRotate", "A == 0 || A->mParent == lNode")}));
+    EXPECT_EQ(
+        mCapture.Reports(),
+        (std::vector<Report>{kReports.Condition("RightRotate", "A == 0 || A->mParent == lNode")}));
 }
 
 TEST_F(RotationTest, RightRotateChecksSubtreeC)
@@ -703,8 +700,9 @@ TEST_F(RotationTest, RightRotateChecksSubtreeC)
     Build(false);
     mRecords[3]->mParent = mRecords[1];
     mTree.RightRotate(mRecords[2]);
-    EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("RightRotate", "C == 0 || C->mParent == pNode")}));
+    EXPECT_EQ(
+        mCapture.Reports(),
+        (std::vector<Report>{kReports.Condition("RightRotate", "C == 0 || C->mParent == pNode")}));
 }
 
 TEST_F(RotationTest, RightRotateChecksParentZ)
@@ -714,7 +712,7 @@ TEST_F(RotationTest, RightRotateChecksParentZ)
     mRecords[2]->mParent = mRecords[4];
     mTree.RightRotate(mRecords[2]);
     EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition(
+              (std::vector<Report>{kReports.Condition(
                   "RightRotate", "Z == 0 || Z->mLeftChild == lNode || Z->mRightChild == lNode")}));
     mRecords[3]->mLeftChild = mRecords[1];
     mRecords[1]->mParent = mRecords[3];
@@ -726,7 +724,7 @@ TEST_F(RotationTest, RightRotateChecksRoot)
     mTree.mRoot = mRecords[3];
     mTree.RightRotate(mRecords[2]);
     EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("RightRotate", "mRoot == pNode")}));
+              (std::vector<Report>{kReports.Condition("RightRotate", "mRoot == pNode")}));
     EXPECT_EQ(mTree.mRoot, mRecords[1]);
     EXPECT_EQ(Keys(mTree), (std::vector<int>{1, 2, 3}));
 }
@@ -736,8 +734,9 @@ TEST_F(RotationTest, RemoveNodeReportsForeignParent)
     Build(false);
     mRecords[1]->mParent = mRecords[3];
     mTree.RemoveNode(mRecords[1]);
-    EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Message("RemoveNode", "Node not found in QelRedBlackTree")}));
+    EXPECT_EQ(
+        mCapture.Reports(),
+        (std::vector<Report>{kReports.Message("RemoveNode", "Node not found in QelRedBlackTree")}));
     EXPECT_EQ(mRecords[2]->mLeftChild, mRecords[1]);
     mRecords[1]->mParent = mRecords[2];
 }
@@ -747,7 +746,8 @@ TEST_F(RotationTest, RemoveNodeReportsParentlessNonRoot)
     Build(false);
     mRecords[1]->mParent = nullptr;
     mTree.RemoveNode(mRecords[1]);
-    EXPECT_EQ(mCapture.Reports(), (std::vector<Report>{Condition("RemoveNode", "mRoot == pNode")}));
+    EXPECT_EQ(mCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("RemoveNode", "mRoot == pNode")}));
     mTree.mRoot = mRecords[2];
     mRecords[1]->mParent = mRecords[2];
 }
@@ -758,7 +758,7 @@ TEST_F(RotationTest, ReplaceNodeReportsParentlessNonRoot)
     mRecords[1]->mParent = nullptr;
     mTree.ReplaceNode(mRecords[1], mRecords[2]);
     EXPECT_EQ(mCapture.Reports(),
-              (std::vector<Report>{Condition("ReplaceNode", "mRoot == pNodeToReplace")}));
+              (std::vector<Report>{kReports.Condition("ReplaceNode", "mRoot == pNodeToReplace")}));
     mRecords[2]->mLeftChild = mRecords[1];
     mRecords[2]->mRightChild = mRecords[3];
     mRecords[1]->mParent = mRecords[2];
@@ -768,9 +768,8 @@ TEST_F(RotationTest, FixNodesAfterRemovalReportsMissingSibling)
 {
     Record* lOnly = mTree.Add(1);
     mTree.FixNodesAfterRemoval(lOnly, nullptr);
-    EXPECT_EQ(
-        mCapture.Reports(),
-        (std::vector<Report>{Condition("FixNodesAfterRemoval", "lSibling != 0 && lParent != 0")}));
+    EXPECT_EQ(mCapture.Reports(), (std::vector<Report>{kReports.Condition(
+                                      "FixNodesAfterRemoval", "lSibling != 0 && lParent != 0")}));
     EXPECT_TRUE(Matches(mTree, {{1, 0}}));
 }
 

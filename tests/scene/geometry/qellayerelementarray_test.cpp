@@ -20,15 +20,7 @@ typedef LockAccessStatus Status;
 typedef QelLayerElementArray Array;
 
 const char* const kFile = "src/qelsdk/scene/geometry/qellayer";
-
-Report Message(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, true, pText};
-}
-Report Condition(const char* pFunction, const char* pText)
-{
-    return Report{kFile, pFunction, false, pText};
-}
+const test::FileReports kReports{kFile};
 
 QelLayerElementArrayTemplate<int>* MakeInts(std::initializer_list<int> pItems)
 {
@@ -87,8 +79,8 @@ TEST(QelLayerElementArray, WithoutMemoryForStorageEveryOperationRefuses)
     lFailure.FailAt(1);
     QelLayerElementArrayTemplate<int> lArray(eQelInt);
     lFailure.FailNone();
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Condition("QelLayerElementArray", "mImplementation != NULL")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition(
+                                      "QelLayerElementArray", "mImplementation != NULL")}));
     EXPECT_EQ(lArray.GetImplementation(), nullptr);
     int lValue = 5;
     int* lPtr = &lValue;
@@ -150,8 +142,8 @@ TEST(QelLayerElementArrayLocks, ReadLockRefusedInsideWriteLock)
     EXPECT_EQ(lArray->ReadLock(), 0);
     EXPECT_EQ(lArray->ReadUnlock(), -1);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                   Message("ReadUnlock", "A writeLock is active")}));
+              (std::vector<Report>{kReports.Message("ReadLock", "A writeLock is active"),
+                                   kReports.Message("ReadUnlock", "A writeLock is active")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -163,8 +155,9 @@ TEST(QelLayerElementArrayLocks, WriteLockRefusedUnderReadLock)
     EXPECT_FALSE(lArray->ReadWriteLock());
     EXPECT_FALSE(lArray->WriteLock());
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active"),
-                                   Message("ReadWriteLock", "At least one ReadLock is active")}));
+              (std::vector<Report>{
+                  kReports.Message("ReadWriteLock", "At least one ReadLock is active"),
+                  kReports.Message("ReadWriteLock", "At least one ReadLock is active")}));
     EXPECT_FALSE(lArray->IsWriteLocked());
     lArray->ReadUnlock();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2})); // the refused WriteLock discarded nothing
@@ -201,8 +194,8 @@ TEST(QelLayerElementArrayLocks, GetCountInsideWriteLock)
     EXPECT_EQ(lArray->GetCount(), -1);
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                   Message("GetCount", "The array is not read locked")}));
+              (std::vector<Report>{kReports.Message("ReadLock", "A writeLock is active"),
+                                   kReports.Message("GetCount", "The array is not read locked")}));
     lArray->ReadWriteUnlock();
     EXPECT_EQ(lArray->GetCount(), 3);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
@@ -336,8 +329,8 @@ TEST(QelLayerElementArrayGetLocked, ReadLockedTwiceSharesRawItems)
     {
         ReportCapture lCapture;
         EXPECT_FALSE(lArray->ReadWriteLock());
-        EXPECT_EQ(lCapture.Reports(),
-                  (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active")}));
+        EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Message(
+                                          "ReadWriteLock", "At least one ReadLock is active")}));
     }
     lArray->Release(&lSecond);
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
@@ -430,8 +423,8 @@ TEST(QelLayerElementArrayGetLocked, ReadLockInsideWriteLockConflicts)
     EXPECT_EQ(lArray->GetLocked(Array::eReadLock), nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockConflict);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{
-                  Message("GetLocked", "Attempting to ReadLock an already WriteLocked data")}));
+              (std::vector<Report>{kReports.Message(
+                  "GetLocked", "Attempting to ReadLock an already WriteLocked data")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -443,10 +436,11 @@ TEST(QelLayerElementArrayGetLocked, WriteLockUnderReadLockConflicts)
     EXPECT_EQ(lArray->GetLocked(Array::eWriteLock), nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eLockConflict);
     EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock), nullptr);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{
-                  Message("GetLocked", "Attempting to WriteLock an already ReadLocked data"),
-                  Message("ReadWriteLock", "At least one ReadLock is active")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{
+            kReports.Message("GetLocked", "Attempting to WriteLock an already ReadLocked data"),
+            kReports.Message("ReadWriteLock", "At least one ReadLock is active")}));
     lArray->ReadUnlock();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1}));
 }
@@ -485,8 +479,8 @@ TEST(QelLayerElementArrayGetLocked, DirectWriteBitRefusesReadLocks)
     EXPECT_EQ(lArray.ReadUnlock(), -1);
     EXPECT_EQ(lArray.GetStatus(), Status::eDirectLockHeld);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadLock", "A direct WriteLock is active"),
-                                   Message("ReadUnlock", "A direct lock is active")}));
+              (std::vector<Report>{kReports.Message("ReadLock", "A direct WriteLock is active"),
+                                   kReports.Message("ReadUnlock", "A direct lock is active")}));
     lArray.SetDirectLocks(0);
 }
 
@@ -498,8 +492,9 @@ TEST(QelLayerElementArrayGetLocked, DirectReadBitRefusesReadWriteLock)
     ReportCapture lCapture;
     EXPECT_FALSE(lArray->ReadWriteLock());
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteLock", "A direct ReadLock is active")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("ReadWriteLock", "A direct ReadLock is active")}));
     lArray->Release(&lItems); // its ReadUnlock finds no count; the bit is cleared
     EXPECT_TRUE(lArray->ReadWriteLock());
     lArray->ReadWriteUnlock();
@@ -515,8 +510,9 @@ TEST(QelLayerElementArrayGetLocked, ReadWriteLockInsideDirectWriteLock)
     lArray->ReadWriteUnlock();
     EXPECT_TRUE(lArray->IsWriteLocked());
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("ReadWriteUnlock", "A direct lock is active")}));
     lArray->Release(&lItems);
     EXPECT_FALSE(lArray->IsWriteLocked());
     EXPECT_FALSE(lArray->IsInUse());
@@ -531,8 +527,9 @@ TEST(QelLayerElementArrayGetLocked, WritingInsideDirectWriteLockWorksButCannotUn
     EXPECT_EQ(lArray->GetStatus(), Status::eDirectLockHeld);
     EXPECT_TRUE(lArray->IsWriteLocked());
     EXPECT_EQ(static_cast<int*>(lItems)[1], 5);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteUnlock", "A direct lock is active")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("ReadWriteUnlock", "A direct lock is active")}));
     lArray->Release(&lItems);
     EXPECT_EQ(Items(*lArray), (std::vector<int>{0, 5}));
 }
@@ -567,8 +564,8 @@ TEST(QelLayerElementArrayGetLocked, AlienPointerRefused)
     lArray->Release(&lAlien);
     EXPECT_EQ(lAlien, &lOther);
     EXPECT_EQ(lArray->GetStatus(), Status::eAlienPointer);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("Release", "Attempting to release an alien pointer")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Message(
+                                      "Release", "Attempting to release an alien pointer")}));
     EXPECT_EQ(lArray->GetReadLockCount(), 0); // the unlock happened before the check
     (void)lItems;
 }
@@ -578,7 +575,8 @@ TEST(QelLayerElementArrayGetLocked, ReleaseOfNullPointers)
     Ints lArray({1});
     ReportCapture lCapture;
     lArray->Release(nullptr);
-    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{Condition("Release", "pDataPtr != NULL")}));
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{kReports.Condition("Release", "pDataPtr != NULL")}));
     void* lNull = nullptr;
     lArray->Release(&lNull);
     EXPECT_EQ(lCapture.Reports().size(), 1u);
@@ -594,8 +592,7 @@ TEST(QelLayerElementArrayGetLocked, ReferenceArrayAskedForUndefinedGivesRawItems
     ASSERT_NE(lItems, nullptr);
     EXPECT_EQ(*static_cast<unsigned long long**>(lItems), lPointer);
     lArray.Release(&lItems, eQelUndefined);
-    unsigned long long** lTyped =
-        lArray.GetLocked(&lPointer, Array::eReadLock);
+    unsigned long long** lTyped = lArray.GetLocked(&lPointer, Array::eReadLock);
     EXPECT_EQ(*lTyped, lPointer);
     lArray.Release(reinterpret_cast<void**>(&lTyped), eQelReference);
     EXPECT_FALSE(lArray.IsInUse());
@@ -607,9 +604,9 @@ TEST(QelLayerElementArrayGetLocked, OtherArrayAskedForUndefinedReportsConversion
     ReportCapture lCapture;
     EXPECT_EQ(lArray->GetLocked(Array::eReadLock, eQelUndefined), nullptr);
     ASSERT_GE(lCapture.Reports().size(), 1u);
-    EXPECT_EQ(
-        lCapture.Reports()[0],
-        Condition("ConvertDataType",
+    EXPECT_EQ(lCapture.Reports()[0],
+              kReports.Condition(
+                  "ConvertDataType",
                   "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL"));
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
     EXPECT_FALSE(lArray->IsInUse());
@@ -637,8 +634,8 @@ TEST(QelLayerElementArrayGetLocked, ConvertedBufferOutOfMemory)
     EXPECT_EQ(lArray->GetLocked(Array::eReadWriteLock, eQelDouble), nullptr);
     lFailure.FailNone();
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Condition("ConvertDataType", "*pDataPtr != NULL"),
-                                   Condition("ConvertDataType", "*pDataPtr != NULL")}));
+              (std::vector<Report>{kReports.Condition("ConvertDataType", "*pDataPtr != NULL"),
+                                   kReports.Condition("ConvertDataType", "*pDataPtr != NULL")}));
     EXPECT_FALSE(lArray->IsInUse());
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));
 }
@@ -693,7 +690,7 @@ TEST(QelLayerElementArrayReference, GetReference)
     EXPECT_EQ(lArray->GetReference(1, eQelFloat), nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("GetReference", "Bad data type conversion")}));
+              (std::vector<Report>{kReports.Message("GetReference", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayReference, GetReferenceToNeedsWriteLock)
@@ -704,8 +701,9 @@ TEST(QelLayerElementArrayReference, GetReferenceToNeedsWriteLock)
     lArray->GetReferenceTo(0, &lRef, eQelInt);
     EXPECT_EQ(lRef, nullptr);
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("GetReferenceTo", "The array is not write locked")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("GetReferenceTo", "The array is not write locked")}));
     ASSERT_TRUE(lArray->ReadWriteLock());
     lArray->GetReferenceTo(1, &lRef);
     ASSERT_NE(lRef, nullptr);
@@ -749,8 +747,8 @@ TEST(QelLayerElementArrayOps, GetAtRefusedInsideWriteLock)
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
     EXPECT_EQ(lValue, 7);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                   Message("GetAt", "The array is not read locked")}));
+              (std::vector<Report>{kReports.Message("ReadLock", "A writeLock is active"),
+                                   kReports.Message("GetAt", "The array is not read locked")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -762,7 +760,7 @@ TEST(QelLayerElementArrayOps, SetAtTypeChecked)
     lArray->SetAt(0, &lFloat, eQelFloat);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
+              (std::vector<Report>{kReports.Message("SetAt", "Bad data type conversion")}));
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));
     lArray->SetAt(0, &lFloat, eQelUndefined); // raw bytes
     EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
@@ -782,9 +780,10 @@ TEST(QelLayerElementArrayOps, SetAtRefusedUnderReadLock)
     ReportCapture lCapture;
     lArray->SetAt(0, 5);
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active"),
-                                   Message("SetAt", "The array is not write locked")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("ReadWriteLock", "At least one ReadLock is active"),
+                             kReports.Message("SetAt", "The array is not write locked")}));
     lArray->ReadUnlock();
     EXPECT_EQ(lArray->GetAt(0), 1);
 }
@@ -802,7 +801,7 @@ TEST(QelLayerElementArrayOps, InsertAtBounds)
     EXPECT_EQ(lArray->InsertAt(0, &lValue, eQelBool), -1);
     EXPECT_EQ(lArray->GetStatus(), Status::eTypeMismatch);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("InsertAt", "Bad data type conversion")}));
+              (std::vector<Report>{kReports.Message("InsertAt", "Bad data type conversion")}));
     EXPECT_EQ(lArray->InsertAt(0, &lValue, eQelUndefined), 0);
     EXPECT_EQ(Items(*lArray), (std::vector<int>{9, 1, 2, 9}));
 }
@@ -857,7 +856,7 @@ TEST(QelLayerElementArrayOps, RemoveItMissingValueReportsWriteText)
     ReportCapture lCapture;
     EXPECT_FALSE(lArray->RemoveIt(reinterpret_cast<void**>(&lPtr)));
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("RemoveIt", "The array is not write locked")}));
+              (std::vector<Report>{kReports.Message("RemoveIt", "The array is not write locked")}));
     EXPECT_EQ(lArray->GetStatus(), Status::eReadLockRefused);
     lValue = 1;
     EXPECT_TRUE(lArray->RemoveIt(reinterpret_cast<void**>(&lPtr)));
@@ -892,9 +891,10 @@ TEST(QelLayerElementArrayOps, SearchRefusedInsideWriteLockReusesWriteText)
     lArray->ReadWriteLock();
     ReportCapture lCapture;
     EXPECT_EQ(lArray->Find(&lOne), -1);
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadLock", "A writeLock is active"),
-                                   Message("FindAfter", "The array is not write locked")}));
+    EXPECT_EQ(
+        lCapture.Reports(),
+        (std::vector<Report>{kReports.Message("ReadLock", "A writeLock is active"),
+                             kReports.Message("FindAfter", "The array is not write locked")}));
     lArray->ReadWriteUnlock();
 }
 
@@ -929,7 +929,8 @@ TEST(QelLayerElementArrayOps, SizingRefusedUnderReadLock)
     ReportCapture lCapture;
     lArray->Clear();
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports().back(), Message("Clear", "The array is not write locked"));
+    EXPECT_EQ(lCapture.Reports().back(),
+              kReports.Message("Clear", "The array is not write locked"));
     lArray->ReadUnlock();
     EXPECT_EQ(lArray->GetCount(), 1);
 }
@@ -980,7 +981,7 @@ TEST(QelLayerElementArrayTemplate, ColourTaggedAsFourVector)
     lOther.SetAt(0, lColour);
     EXPECT_EQ(lOther.GetStatus(), Status::eTypeMismatch);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("SetAt", "Bad data type conversion")}));
+              (std::vector<Report>{kReports.Message("SetAt", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayTemplate, AssignmentCopiesItems)
@@ -1019,8 +1020,8 @@ TEST(QelLayerElementArrayTemplate, AssignmentIntoOtherTypeRefusesEveryItem)
     EXPECT_EQ(lTarget.GetAt(0), 0);
     EXPECT_EQ(lTarget.GetAt(1), 0);
     EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("SetAt", "Bad data type conversion"),
-                                   Message("SetAt", "Bad data type conversion")}));
+              (std::vector<Report>{kReports.Message("SetAt", "Bad data type conversion"),
+                                   kReports.Message("SetAt", "Bad data type conversion")}));
 }
 
 TEST(QelLayerElementArrayTemplate, AssignmentRefusedUnderReadLock)
@@ -1045,8 +1046,8 @@ TEST(QelLayerElementArrayTemplate, AsReference)
     int& lFallback = lArray->AsReference(0);
     EXPECT_EQ(&lFallback, &lArray->mFallbackItem);
     lFallback = 99;
-    EXPECT_EQ(lCapture.Reports(),
-              (std::vector<Report>{Message("ReadWriteLock", "At least one ReadLock is active")}));
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Message(
+                                      "ReadWriteLock", "At least one ReadLock is active")}));
     lArray->ReadUnlock();
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 20}));
 }
