@@ -9,6 +9,10 @@
 // mArray is null exactly when nothing is allocated, and then both counts are 0.
 // Slots from mSize to mCapacity - 1 are reserved memory: SetAt may write there,
 // operator[] complains about reading there.
+//
+// Capacities are ints: a growth past INT_MAX slots, and a negative capacity handed to
+// Allocate, are refused like a failed allocation ("lArray"; -1, false or null) without
+// asking the allocator, so that no byte size wraps.
 #ifndef QELSDK_CORE_BASE_QELARRAY_H
 #define QELSDK_CORE_BASE_QELARRAY_H
 
@@ -16,6 +20,7 @@
 #include <qelsdk/core/base/qelassert.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -26,6 +31,9 @@ namespace qelsdk {
 template <class T> class QelArray
 {
     static_assert(std::is_trivially_copyable<T>::value, "QelArray moves its items as raw bytes");
+    // Byte sizes are size_t products of an int count and the item size: they cannot
+    // wrap for any count an array can hold.
+    static_assert(sizeof(T) <= SIZE_MAX / INT_MAX, "the byte size of INT_MAX items fits a size_t");
 
 public:
     QelArray() : mSize(0), mCapacity(0), mArray(nullptr) {}
@@ -216,9 +224,11 @@ public:
     }
 
     // The block reallocated to pCapacity slots; no field changes. The caller stores
-    // the result only when it is not null (the old block is then gone).
+    // the result only when it is not null (the old block is then gone). A negative
+    // capacity, whose byte size would wrap, is null without asking the allocator.
     T* Allocate(int pCapacity)
     {
+        if (pCapacity < 0) return nullptr;
         return static_cast<T*>(QelRealloc(mArray, sizeof(T) * static_cast<size_t>(pCapacity)));
     }
 

@@ -8,6 +8,15 @@
 // the array then hands out a converted copy it owns and, for a write lock, converts it
 // back into its items on Release. Nothing here blocks or waits.
 //
+// A converted buffer is exactly the block QelMalloc returned, of stride x count bytes,
+// with its items constructed in place (strings, blobs and distances own memory); it
+// goes back to QelFree at that same address, after its items are destroyed, when it is
+// released, when the array is destroyed, or when the conversion is refused. Its type
+// and item count are kept beside it, so that the write-back never reads more items
+// than the buffer holds: a buffer whose count fell short of the array's, or that is
+// released as a type whose items it cannot be read as (one of the two owns memory),
+// leaves the items it cannot supply zero, with status eCopyBackFailed.
+//
 // Each operation records its outcome in the status (GetStatus). Misuse is reported
 // through _QelAssert with the file "src/qelsdk/scene/geometry/qellayer".
 #ifndef QELSDK_SCENE_GEOMETRY_QELLAYERELEMENTARRAY_H
@@ -123,9 +132,13 @@ public:
     // Byte equality of the items; neither the types nor anything else is compared.
     bool IsEqual(const QelLayerElementArray& pArray) const;
 
-    // Typed single items: the type passed down is QelTypeOf(T).
+    // Typed single items: the type passed down is QelTypeOf(T). A stored item larger
+    // than T is not copied into *pItem, which it would overrun: GetAt then reports "Bad
+    // data type conversion", sets eTypeMismatch and returns false with *pItem
+    // untouched. Stored items of T's size or smaller are copied as raw bytes.
     template <class T> bool GetAt(int pIndex, T* pItem) const
     {
+        if (!CheckItemFits("GetAt", StoredItemSize() <= sizeof(T))) return false;
         T* lPtr = pItem;
         return GetAt(pIndex, reinterpret_cast<void**>(&lPtr), QelTypeOf(*pItem));
     }
@@ -136,6 +149,20 @@ public:
     template <class T> int Add(const T& pItem) { return Add(&pItem, QelTypeOf(pItem)); }
 
 protected:
+    // The storage's item size, 0 without storage.
+    size_t StoredItemSize() const;
+    // pFits false: reports "Bad data type conversion" from pFunction, sets
+    // eTypeMismatch and returns false. Guards typed access against copying beyond a T
+    // or beyond a stored item.
+    bool CheckItemFits(const char* pFunction, bool pFits) const;
+
+    // The value type and item count of a converted buffer.
+    struct BufferRecord
+    {
+        EQelType mType;
+        int mCount;
+    };
+
     EQelType mDataType;
     mutable LockAccessStatus::ELockAccessStatus mStatus;
     mutable int mReadLockCount;
@@ -145,14 +172,19 @@ protected:
     int mDirectLocks;
     bool mDirectAccess;
     QelArray<void*> mConvertedBuffers;
+    // In step with mConvertedBuffers: entry i describes buffer i.
+    QelArray<BufferRecord> mBufferRecords;
 
 private:
     LayerElementArrayImp* Storage() const;
     int ItemSize() const;
     bool CheckValueType(const char* pFunction, EQelType pValueType) const;
+    bool ReadLockRefused() const;
+    bool KeepBuffer(void* pBuffer, const BufferRecord& pRecord);
+    void FreeBuffer(int pIndex);
     template <class Work> void UnderWriteLock(const char* pFunction, Work pWork);
     template <class Work> bool UnderReadLock(Work pWork) const;
-    void CopyBack(void* pBuffer, EQelType pDataType);
+    void CopyBack(void* pBuffer, const BufferRecord& pRecord, EQelType pDataType);
     int Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const;
 };
 
@@ -182,11 +214,15 @@ public:
     int Add(const T& pItem) { return QelLayerElementArray::Add<T>(pItem); }
 
     // The stored item, or mFallbackItem when the array cannot give one. No range
-    // check; valid until the storage is next reallocated.
+    // check; valid until the storage is next reallocated. A T larger than the stored
+    // item would reach beyond it: mFallbackItem, with "Bad data type conversion" and
+    // eTypeMismatch.
     T& AsReference(int pIndex)
     {
         void* lItem = GetReference(pIndex, mDataType);
-        return lItem ? *static_cast<T*>(lItem) : mFallbackItem;
+        if (!lItem || !CheckItemFits("AsReference", sizeof(T) <= StoredItemSize()))
+            return mFallbackItem;
+        return *static_cast<T*>(lItem);
     }
 
     // Copies item by item through the typed path under a write lock; the stored type

@@ -1,5 +1,6 @@
 #include <qelsdk/scene/geometry/qellayerelementarray.h>
 
+#include "qelsdk/core/qelvaluetypes.h"
 #include "qelsdk/scene/geometry/qellayerimp.h"
 
 #include <qelsdk/core/base/qelassert.h>
@@ -8,8 +9,9 @@
 #include <qelsdk/core/qeldistance.h>
 #include <qelsdk/core/qelstring.h>
 
+#include <climits>
+#include <cstdint>
 #include <cstring>
-#include <new>
 
 #define QELSDK_LAYER_FILE "src/qelsdk/scene/geometry/qellayer"
 
@@ -18,64 +20,39 @@ namespace {
 
 typedef LockAccessStatus Status;
 
-// The storage size of a tag as the arrays use it: a reference is one pointer.
-size_t StrideOf(EQelType pType)
-{
-    return pType == eQelReference ? 8u : static_cast<size_t>(QelTypeSizeOf(pType));
-}
+// A converted buffer is stride x count bytes: an int count times a type size, which
+// cannot wrap a size_t.
+static_assert(SIZE_MAX / INT_MAX >= INT_MAX, "a converted buffer's byte size fits a size_t");
 
-// A converted buffer carries a header in front of the items it hands out: its type and
-// item count, so that it can be bounded on write-back and its items destroyed when it
-// is freed (strings, blobs and distances own memory of their own). The header keeps
-// the items 16-byte aligned.
-struct alignas(16) BufferHeader
-{
-    EQelType mType;
-    int mCount;
-};
-
-BufferHeader* HeaderOf(void* pItems) { return static_cast<BufferHeader*>(pItems) - 1; }
-
-template <class T> void DestroyItems(void* pItems, int pCount)
-{
-    for (int i = 0; i < pCount; ++i)
-        static_cast<T*>(pItems)[i].~T();
-}
-
-// Zero bytes are a valid empty value of every type; only the owning types need
-// their items destroyed.
-bool OwnsMemory(EQelType pType)
-{
-    return pType == eQelString || pType == eQelBlob || pType == eQelDistance;
-}
-
+// Exactly stride x count bytes from QelMalloc, the items constructed in place; null
+// when the memory is not there.
 void* AllocateBuffer(EQelType pType, int pCount, size_t pStride)
 {
-    const size_t lBytes = pStride * static_cast<size_t>(pCount);
-    void* lBlock = QelMalloc(sizeof(BufferHeader) + lBytes);
-    if (!lBlock) return nullptr;
-    BufferHeader* lHeader = new (lBlock) BufferHeader{pType, pCount};
-    if (OwnsMemory(pType)) std::memset(lHeader + 1, 0, lBytes);
-    return lHeader + 1;
+    void* lBuffer = QelMalloc(pStride * static_cast<size_t>(pCount));
+    if (lBuffer) internal::QelConstructValues(pType, lBuffer, pCount);
+    return lBuffer;
 }
 
-void FreeBuffer(void* pItems)
+void DestroyBuffer(void* pBuffer, EQelType pType, int pCount)
 {
-    BufferHeader* lHeader = HeaderOf(pItems);
-    switch (lHeader->mType) {
-    case eQelString:
-        DestroyItems<QelString>(pItems, lHeader->mCount);
-        break;
-    case eQelBlob:
-        DestroyItems<QelBlob>(pItems, lHeader->mCount);
-        break;
-    case eQelDistance:
-        DestroyItems<QelDistance>(pItems, lHeader->mCount);
-        break;
-    default:
-        break;
-    }
-    QelFree(lHeader);
+    internal::QelDestroyValues(pType, pBuffer, pCount);
+    QelFree(pBuffer);
+}
+
+// The items of pDataType that a buffer of pBufferCount items of pBufferType can be
+// read as: never more than its bytes hold, and none when either type's items own
+// memory, whose bytes mean nothing as the other type.
+int ReadableItems(EQelType pBufferType, int pBufferCount, EQelType pDataType)
+{
+    if (pDataType == pBufferType) return pBufferCount;
+    if (internal::QelTypeOwnsMemory(pDataType) || internal::QelTypeOwnsMemory(pBufferType))
+        return 0;
+    const size_t lStride = static_cast<size_t>(QelTypeSizeOf(pDataType));
+    // An unknown type converts nothing: its first item is refused with its report.
+    if (lStride == 0) return pBufferCount;
+    const size_t lBytes =
+        static_cast<size_t>(QelTypeSizeOf(pBufferType)) * static_cast<size_t>(pBufferCount);
+    return static_cast<int>(lBytes / lStride);
 }
 
 // Copies one item. The common item sizes get a fixed-size copy the compiler turns
@@ -111,16 +88,46 @@ QelLayerElementArray::QelLayerElementArray(EQelType pDataType)
       mImplementation(nullptr), mStride(static_cast<size_t>(QelTypeSizeOf(pDataType))),
       mDirectLocks(0), mDirectAccess(false)
 {
-    mImplementation = QelNew<LayerElementArrayImp>(StrideOf(pDataType));
+    mImplementation = QelNew<LayerElementArrayImp>(mStride);
     if (!mImplementation) QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "mImplementation != NULL");
 }
 
 QelLayerElementArray::~QelLayerElementArray()
 {
     QelDelete(Storage());
-    for (int i = 0; i < mConvertedBuffers.Size(); ++i)
-        FreeBuffer(mConvertedBuffers[i]);
+    while (mConvertedBuffers.Size() > 0)
+        FreeBuffer(mConvertedBuffers.Size() - 1);
     mConvertedBuffers.Clear();
+    mBufferRecords.Clear();
+}
+
+// Hands pBuffer out for good: both bookkeeping arrays take it, or neither does.
+bool QelLayerElementArray::KeepBuffer(void* pBuffer, const BufferRecord& pRecord)
+{
+    if (mConvertedBuffers.Add(pBuffer) < 0) return false;
+    if (mBufferRecords.Add(pRecord) >= 0) return true;
+    mConvertedBuffers.RemoveAt(mConvertedBuffers.Size() - 1);
+    return false;
+}
+
+// Destroys the items of converted buffer pIndex, frees it and forgets it.
+void QelLayerElementArray::FreeBuffer(int pIndex)
+{
+    const BufferRecord lRecord = mBufferRecords.RemoveAt(pIndex);
+    DestroyBuffer(mConvertedBuffers.RemoveAt(pIndex), lRecord.mType, lRecord.mCount);
+}
+
+size_t QelLayerElementArray::StoredItemSize() const
+{
+    return Storage() ? static_cast<size_t>(ItemSize()) : 0u;
+}
+
+bool QelLayerElementArray::CheckItemFits(const char* pFunction, bool pFits) const
+{
+    if (pFits) return true;
+    _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "Bad data type conversion");
+    mStatus = Status::eTypeMismatch;
+    return false;
 }
 
 LayerElementArrayImp* QelLayerElementArray::Storage() const
@@ -137,17 +144,25 @@ bool QelLayerElementArray::IsInUse() const
 
 // --- Lock protocol -------------------------------------------------------------
 
-int QelLayerElementArray::ReadLock() const
+// The refusals of ReadLock, with their reports and status; true when refused.
+bool QelLayerElementArray::ReadLockRefused() const
 {
     if (mWriteLocked) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A writeLock is active");
-        return 0;
+        _QelAssert(QELSDK_LAYER_FILE, "ReadLock", __LINE__, true, "%s", "A writeLock is active");
+        return true;
     }
     if (mDirectLocks & eWriteLock) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A direct WriteLock is active");
+        _QelAssert(QELSDK_LAYER_FILE, "ReadLock", __LINE__, true, "%s",
+                   "A direct WriteLock is active");
         mStatus = Status::eDirectLockHeld;
-        return 0;
+        return true;
     }
+    return false;
+}
+
+int QelLayerElementArray::ReadLock() const
+{
+    if (ReadLockRefused()) return 0;
     if (Storage()) Storage()->LockPostProcess();
     return ++mReadLockCount;
 }
@@ -260,7 +275,7 @@ void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, 
             "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL");
     if (!pDataPtr || !pStride) return; // nowhere to hand a buffer to
     *pDataPtr = nullptr;
-    *pStride = StrideOf(pDataType);
+    *pStride = static_cast<size_t>(QelTypeSizeOf(pDataType));
     if (!Storage()) {
         mStatus = Status::eInvalidRequest;
         return;
@@ -272,9 +287,9 @@ void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, 
         return;
     }
     const int lCopied = QelTypeCopyArray(lBuffer, pDataType, *pStride, Storage()->GetArray(),
-                                         mDataType, StrideOf(mDataType), lCount);
-    if (lCopied != lCount || mConvertedBuffers.Add(lBuffer) < 0) {
-        FreeBuffer(lBuffer);
+                                         mDataType, StoredItemSize(), lCount);
+    if (lCopied != lCount || !KeepBuffer(lBuffer, BufferRecord{pDataType, lCount})) {
+        DestroyBuffer(lBuffer, pDataType, lCount);
         return;
     }
     *pDataPtr = lBuffer;
@@ -304,9 +319,8 @@ void QelLayerElementArray::Release(void** pDataPtr, EQelType pDataType)
         return;
     }
     if (lIndex >= 0) {
-        mConvertedBuffers.RemoveAt(lIndex);
-        if (lWrite) CopyBack(*pDataPtr, pDataType);
-        FreeBuffer(*pDataPtr);
+        if (lWrite) CopyBack(*pDataPtr, mBufferRecords[lIndex], pDataType);
+        FreeBuffer(lIndex);
     }
     *pDataPtr = nullptr;
     mStride = static_cast<size_t>(QelTypeSizeOf(mDataType));
@@ -315,21 +329,21 @@ void QelLayerElementArray::Release(void** pDataPtr, EQelType pDataType)
 // Writes a converted buffer back into the items under a write lock: items are
 // converted until the first refusal, which leaves that item and the rest zero, as if
 // the lock had zeroed them all first. Zeroing only what is not overwritten spares a
-// pass over the storage.
-void QelLayerElementArray::CopyBack(void* pBuffer, EQelType pDataType)
+// pass over the storage. Items the buffer cannot supply (see ReadableItems, and a
+// count that grew while the buffer was out) count as refused.
+void QelLayerElementArray::CopyBack(void* pBuffer, const BufferRecord& pRecord, EQelType pDataType)
 {
     const int lCount = GetCount();
     if (!ReadWriteLock()) return;
     LayerElementArrayImp& lStorage = *Storage();
     lStorage.Resize(lCount);
-    // Never read past the buffer, whatever happened to the count meanwhile.
-    const int lItems = QelMin(lCount, HeaderOf(pBuffer)->mCount);
+    const int lItems = QelMin(lCount, ReadableItems(pRecord.mType, pRecord.mCount, pDataType));
     const size_t lSourceStride = static_cast<size_t>(QelTypeSizeOf(pDataType));
     const int lCopied = lStorage.GetArray()
-                            ? QelTypeCopyArray(lStorage.GetArray(), mDataType, StrideOf(mDataType),
+                            ? QelTypeCopyArray(lStorage.GetArray(), mDataType, StoredItemSize(),
                                                pBuffer, pDataType, lSourceStride, lItems)
                             : 0;
-    if (lCopied != lItems) mStatus = Status::eCopyBackFailed;
+    if (lCopied != lCount) mStatus = Status::eCopyBackFailed;
     if (lCopied < lStorage.GetCount())
         std::memset(lStorage.GetAt(lCopied), 0,
                     static_cast<size_t>(lStorage.GetCount() - lCopied) *
@@ -413,7 +427,7 @@ template <class Work> void QelLayerElementArray::UnderWriteLock(const char* pFun
 // would be most of their cost.
 template <class Work> bool QelLayerElementArray::UnderReadLock(Work pWork) const
 {
-    if (mWriteLocked || (mDirectLocks & eWriteLock)) return ReadLock() != 0;
+    if (ReadLockRefused()) return false;
     if (Storage()) Storage()->LockPostProcess();
     pWork(*Storage());
     return true;
@@ -554,8 +568,8 @@ void QelLayerElementArray::RemoveLast(void** pItem, EQelType pValueType)
     if (Storage() && pItem) RemoveAt(Storage()->GetCount() - 1, pItem, pValueType);
 }
 
-// A missing item is reported with the lock-refusal text too, deliberately: callers
-// have always told the two apart by the status alone.
+// A missing item is reported with the lock-refusal text too, deliberately: the two
+// cases are told apart by the status alone (eLockAccessOk is never left by a miss).
 bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
 {
     mStatus = Status::eInvalidRequest;
@@ -575,8 +589,8 @@ bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
 // --- Searching ---------------------------------------------------------------------
 
 // A search that finds nothing leaves eReadLockRefused, set before the lock and never
-// cleared; callers rely on the returned index. A refused read lock reuses the write
-// text, as it always has.
+// cleared; callers rely on the returned index. A refused read lock reports the write
+// text, deliberately: one text covers every refused lock of a search.
 int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep,
                                  const void* pItem) const
 {

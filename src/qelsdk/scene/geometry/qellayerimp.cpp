@@ -2,6 +2,7 @@
 
 #include <qelsdk/core/base/qelassert.h>
 
+#include <climits>
 #include <cstring>
 
 #define QELSDK_LAYER_FILE "src/qelsdk/scene/geometry/qellayer"
@@ -26,8 +27,16 @@ template <class TypeSize> bool LayerArrayBase<TypeSize>::ValidateIndex(int pInde
     return false;
 }
 
+template <class TypeSize> bool LayerArrayBase<TypeSize>::Fits(uint64_t pBlockCount) const
+{
+    const uint64_t lBytes = pBlockCount * 4u * static_cast<uint64_t>(GetTypeSize()) +
+                            static_cast<uint64_t>(GetHeaderOffset());
+    return lBytes <= UINT32_MAX;
+}
+
 template <class TypeSize> bool LayerArrayBase<TypeSize>::Reallocate(uint32_t pBlockCount)
 {
+    if (!Fits(pBlockCount)) return false;
     const uint32_t lBytes = SlotBytes(pBlockCount * 4u) + static_cast<uint32_t>(GetHeaderOffset());
     void* lBlock = QelRealloc(mBlock, lBytes);
     if (!lBlock) return false;
@@ -53,9 +62,9 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::Resize(int pItemCount)
     const uint32_t lNewBlockCount = BlocksFor(pItemCount);
     const int lOldCount = GetArrayCount();
     const uint32_t lOldBlockCount = static_cast<uint32_t>(GetBlockCount());
+    if (lNewBlockCount != lOldBlockCount && !Reallocate(lNewBlockCount)) return;
     const uint32_t lOldSize = SlotBytes(static_cast<uint32_t>(lOldCount));
     const uint32_t lNewSize = SlotBytes(lNewBlockCount * 4u);
-    if (lNewBlockCount != lOldBlockCount && !Reallocate(lNewBlockCount)) return;
     // Growing the count inside the same blocks zeroes nothing: the exposed slots keep
     // whatever they hold, which SetCount-then-Resize callers see again.
     if (lOldBlockCount < lNewBlockCount)
@@ -75,8 +84,12 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::AddMultiple(int pItemCo
         return;
     }
     const int lOldCount = GetArrayCount();
+    // A count beyond an int, or a block beyond 32-bit byte sizes, is refused like a
+    // failed allocation.
+    if (pItemCount > INT_MAX - lOldCount) return;
     const uint32_t lOldBlockCount = static_cast<uint32_t>(GetBlockCount());
     const uint32_t lNewBlockCount = BlocksFor(pItemCount + lOldCount);
+    if (!Fits(lNewBlockCount)) return;
     const uint32_t lOldSize = SlotBytes(static_cast<uint32_t>(lOldCount));
     const uint32_t lNewSize = SlotBytes(lNewBlockCount * 4u);
     if (lOldSize >= lNewSize)
@@ -119,6 +132,8 @@ template <class TypeSize> int LayerArrayBase<TypeSize>::InsertAt(int pIndex, con
         return -1;
     }
     if (pIndex > lCount) pIndex = lCount;
+    if (lCount == INT_MAX)
+        return -1; // the count has no room left: refused like a failed allocation
     uint32_t lNewBlockCount = lBlockCount;
     if (lBlockCount * 4u <= static_cast<uint32_t>(lCount)) {
         lNewBlockCount = lBlockCount ? lBlockCount * 2u : 1u;

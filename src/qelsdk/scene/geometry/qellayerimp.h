@@ -11,6 +11,12 @@
 // 8 + block count * 4 * type size bytes. Invariants: count <= 4 * block count; a null
 // block reads as count 0 and block count 0. Slots past the count are not items; most
 // operations keep them zero, but SetCount and InsertAt deliberately do not.
+//
+// Byte sizes are 32-bit unsigned. A count whose block would not fit in them (for
+// example Resize(0x08000001) of 32-byte items), or whose sum with the current count
+// would not fit in an int, is treated as an allocation failure: QelRealloc is not
+// called and block, count and block count stay as they were. Wrapping instead would
+// hand out slots far beyond the block.
 #ifndef QELSDK_SCENE_GEOMETRY_QELLAYERIMP_H
 #define QELSDK_SCENE_GEOMETRY_QELLAYERIMP_H
 
@@ -82,14 +88,17 @@ public:
 
 private:
     // Byte offset of slot pIndex from the first slot, in 32-bit unsigned arithmetic
-    // like every byte size of the block.
+    // like every byte size of the block. Never wraps for slots of a block that fits.
     uint32_t SlotBytes(uint32_t pSlots) const
     {
         return pSlots * static_cast<uint32_t>(GetTypeSize());
     }
+    // Whether a block of pBlockCount blocks of four slots, header included, fits in
+    // 32-bit unsigned byte sizes.
+    bool Fits(uint64_t pBlockCount) const;
     char* Slots() { return static_cast<char*>(mBlock) + GetHeaderOffset(); }
     // Reallocates the block to pBlockCount blocks of four slots; false (block kept)
-    // when the allocation fails.
+    // when the block would not fit or the allocation fails.
     bool Reallocate(uint32_t pBlockCount);
     void ZeroBytes(uint32_t pFrom, uint32_t pTo);
 
