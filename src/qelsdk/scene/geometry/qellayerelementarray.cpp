@@ -13,8 +13,6 @@
 #include <cstdint>
 #include <cstring>
 
-#define QELSDK_LAYER_FILE "src/qelsdk/scene/geometry/qellayer"
-
 namespace qelsdk {
 namespace {
 
@@ -89,7 +87,7 @@ QelLayerElementArray::QelLayerElementArray(EQelType pDataType)
       mDirectLocks(0), mDirectAccess(false)
 {
     mImplementation = QelNew<LayerElementArrayImp>(mStride);
-    if (!mImplementation) QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "mImplementation != NULL");
+    if (!mImplementation) QEL_REPORT_CONDITION(internal::sLayerSourceFile, "mImplementation != NULL");
 }
 
 QelLayerElementArray::~QelLayerElementArray()
@@ -125,7 +123,7 @@ size_t QelLayerElementArray::StoredItemSize() const
 bool QelLayerElementArray::CheckItemFits(const char* pFunction, bool pFits) const
 {
     if (pFits) return true;
-    _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "Bad data type conversion");
+    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s", "Bad data type conversion");
     mStatus = Status::eTypeMismatch;
     return false;
 }
@@ -148,11 +146,11 @@ bool QelLayerElementArray::IsInUse() const
 bool QelLayerElementArray::ReadLockRefused() const
 {
     if (mWriteLocked) {
-        _QelAssert(QELSDK_LAYER_FILE, "ReadLock", __LINE__, true, "%s", "A writeLock is active");
+        _QelAssert(internal::sLayerSourceFile, "ReadLock", __LINE__, true, "%s", "A writeLock is active");
         return true;
     }
     if (mDirectLocks & eWriteLock) {
-        _QelAssert(QELSDK_LAYER_FILE, "ReadLock", __LINE__, true, "%s",
+        _QelAssert(internal::sLayerSourceFile, "ReadLock", __LINE__, true, "%s",
                    "A direct WriteLock is active");
         mStatus = Status::eDirectLockHeld;
         return true;
@@ -170,11 +168,11 @@ int QelLayerElementArray::ReadLock() const
 int QelLayerElementArray::ReadUnlock() const
 {
     if (mWriteLocked) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A writeLock is active");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "A writeLock is active");
         return -1;
     }
     if (mDirectLocks & eWriteLock) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A direct lock is active");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "A direct lock is active");
         mStatus = Status::eDirectLockHeld;
         return -1;
     }
@@ -187,11 +185,11 @@ int QelLayerElementArray::ReadUnlock() const
 bool QelLayerElementArray::ReadWriteLock() const
 {
     if (mReadLockCount > 0) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "At least one ReadLock is active");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "At least one ReadLock is active");
         return false;
     }
     if (mDirectLocks & eReadLock) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A direct ReadLock is active");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "A direct ReadLock is active");
         mStatus = Status::eDirectLockHeld;
         return false;
     }
@@ -203,7 +201,7 @@ bool QelLayerElementArray::ReadWriteLock() const
 void QelLayerElementArray::ReadWriteUnlock() const
 {
     if (mDirectLocks != 0) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "A direct lock is active");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "A direct lock is active");
         mStatus = Status::eDirectLockHeld;
         return;
     }
@@ -236,7 +234,7 @@ void* QelLayerElementArray::GetLocked(ELockMode pLockMode, EQelType pDataType)
     const bool lWrite = (pLockMode & eWriteLock) != 0;
     if (lRead && !lWrite) {
         if (mWriteLocked) {
-            QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE,
+            QEL_REPORT_MESSAGE(internal::sLayerSourceFile,
                                "Attempting to ReadLock an already WriteLocked data");
             mStatus = Status::eLockConflict;
             return nullptr;
@@ -244,7 +242,7 @@ void* QelLayerElementArray::GetLocked(ELockMode pLockMode, EQelType pDataType)
         if (ReadLock() == 0) return nullptr;
     }
     if (lWrite && !lRead && mReadLockCount > 0) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Attempting to WriteLock an already ReadLocked data");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "Attempting to WriteLock an already ReadLocked data");
         mStatus = Status::eLockConflict;
         return nullptr;
     }
@@ -271,7 +269,7 @@ void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, 
 {
     if (pDataType == QelUndefinedDT.GetType() || !pDataPtr || !pStride)
         QEL_REPORT_CONDITION(
-            QELSDK_LAYER_FILE,
+            internal::sLayerSourceFile,
             "pDataType != QelUndefinedDT.GetType() && pDataPtr != NULL && pStride != NULL");
     if (!pDataPtr || !pStride) return; // nowhere to hand a buffer to
     *pDataPtr = nullptr;
@@ -283,7 +281,7 @@ void QelLayerElementArray::ConvertDataType(EQelType pDataType, void** pDataPtr, 
     const int lCount = Storage()->GetCount();
     void* lBuffer = AllocateBuffer(pDataType, lCount, *pStride);
     if (!lBuffer) {
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "*pDataPtr != NULL");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "*pDataPtr != NULL");
         return;
     }
     const int lCopied = QelTypeCopyArray(lBuffer, pDataType, *pStride, Storage()->GetArray(),
@@ -308,13 +306,13 @@ void QelLayerElementArray::Release(void** pDataPtr, EQelType pDataType)
         if (mReadLockCount == 0) mDirectLocks &= ~eReadLock;
     }
     if (!pDataPtr) {
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pDataPtr != NULL");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "pDataPtr != NULL");
         return;
     }
     if (!*pDataPtr) return;
     const int lIndex = mConvertedBuffers.Find(*pDataPtr, 0);
     if (lIndex < 0 && (!Storage() || *pDataPtr != Storage()->GetArray())) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Attempting to release an alien pointer");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "Attempting to release an alien pointer");
         mStatus = Status::eAlienPointer;
         return;
     }
@@ -362,7 +360,7 @@ void* QelLayerElementArray::GetDataPtr()
 bool QelLayerElementArray::CheckValueType(const char* pFunction, EQelType pValueType) const
 {
     if (pValueType == eQelUndefined || pValueType == mDataType) return true;
-    _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s", "Bad data type conversion");
+    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s", "Bad data type conversion");
     mStatus = Status::eTypeMismatch;
     return false;
 }
@@ -386,7 +384,7 @@ void QelLayerElementArray::GetReferenceTo(int pIndex, void** pRef, EQelType pVal
     mStatus = Status::eWriteLockRefused;
     *pRef = nullptr;
     if (!IsWriteLocked()) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not write locked");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "The array is not write locked");
         return;
     }
     *pRef = Storage()->GetArray() ? Storage()->GetAt(pIndex) : nullptr;
@@ -411,7 +409,7 @@ template <class Work> void QelLayerElementArray::UnderWriteLock(const char* pFun
     }
     mStatus = Status::eWriteLockRefused;
     if (!ReadWriteLock()) {
-        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s",
+        _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s",
                    "The array is not write locked");
         return;
     }
@@ -475,7 +473,7 @@ int QelLayerElementArray::GetCount() const
             mStatus = Status::eLockAccessOk;
             lCount = pStorage.GetCount();
         }))
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not read locked");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "The array is not read locked");
     return lCount;
 }
 
@@ -492,7 +490,7 @@ bool QelLayerElementArray::GetAt(int pIndex, void** pItem, EQelType) const
             mStatus = Status::eLockAccessOk;
             CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
         }))
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not read locked");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "The array is not read locked");
     return mStatus == Status::eLockAccessOk;
 }
 
@@ -581,7 +579,7 @@ bool QelLayerElementArray::RemoveIt(void** pItem, EQelType pValueType)
         RemoveAt(lIndex, pItem, pValueType);
         ReadWriteUnlock();
     } else {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "The array is not write locked");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "The array is not write locked");
     }
     return mStatus == Status::eLockAccessOk;
 }
@@ -606,7 +604,7 @@ int QelLayerElementArray::Search(const char* pFunction, int pFrom, int pStep,
                 }
             }
         }))
-        _QelAssert(QELSDK_LAYER_FILE, pFunction, __LINE__, true, "%s",
+        _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s",
                    "The array is not write locked");
     return lFound;
 }

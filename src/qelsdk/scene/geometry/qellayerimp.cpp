@@ -5,8 +5,6 @@
 #include <climits>
 #include <cstring>
 
-#define QELSDK_LAYER_FILE "src/qelsdk/scene/geometry/qellayer"
-
 namespace qelsdk {
 namespace {
 
@@ -23,7 +21,7 @@ uint32_t BlocksFor(int pItemCount)
 template <class TypeSize> bool LayerArrayBase<TypeSize>::ValidateIndex(int pIndex) const
 {
     if (pIndex >= 0 && pIndex < GetArrayCount()) return true;
-    QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "Array : Index out of range");
+    QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "Array : Index out of range");
     return false;
 }
 
@@ -56,7 +54,7 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::ZeroBytes(uint32_t pFro
 template <class TypeSize> void LayerArrayBase<TypeSize>::Resize(int pItemCount)
 {
     if (pItemCount < 0) {
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pItemCount >= 0");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "pItemCount >= 0");
         return;
     }
     const uint32_t lNewBlockCount = BlocksFor(pItemCount);
@@ -80,7 +78,7 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::Resize(int pItemCount)
 template <class TypeSize> void LayerArrayBase<TypeSize>::AddMultiple(int pItemCount)
 {
     if (pItemCount <= 0) {
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pItemCount > 0");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "pItemCount > 0");
         return;
     }
     const int lOldCount = GetArrayCount();
@@ -93,7 +91,7 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::AddMultiple(int pItemCo
     const uint32_t lOldSize = SlotBytes(static_cast<uint32_t>(lOldCount));
     const uint32_t lNewSize = SlotBytes(lNewBlockCount * 4u);
     if (lOldSize >= lNewSize)
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "lOldArraySize < lNewArraySize");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "lOldArraySize < lNewArraySize");
     uint32_t lBlockCount = lOldBlockCount;
     if (lOldBlockCount < lNewBlockCount) {
         if (!Reallocate(lNewBlockCount)) return;
@@ -109,7 +107,7 @@ template <class TypeSize> void LayerArrayBase<TypeSize>::AddMultiple(int pItemCo
 template <class TypeSize> void LayerArrayBase<TypeSize>::SetCount(int pCount)
 {
     if (pCount < 0) {
-        QEL_REPORT_MESSAGE(QELSDK_LAYER_FILE, "ArrayUL : Item count can't be negative");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "ArrayUL : Item count can't be negative");
         return;
     }
     const int lCount = GetArrayCount();
@@ -128,7 +126,7 @@ template <class TypeSize> int LayerArrayBase<TypeSize>::InsertAt(int pIndex, con
     const int lCount = GetArrayCount();
     const uint32_t lBlockCount = static_cast<uint32_t>(GetBlockCount());
     if (pIndex < 0) {
-        QEL_REPORT_CONDITION(QELSDK_LAYER_FILE, "pIndex >= 0");
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "pIndex >= 0");
         return -1;
     }
     if (pIndex > lCount) pIndex = lCount;

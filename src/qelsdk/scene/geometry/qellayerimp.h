@@ -26,6 +26,13 @@
 #include <cstdint>
 
 namespace qelsdk {
+namespace internal {
+
+// The file names the module's reports carry.
+constexpr const char* sLayerSourceFile = "src/qelsdk/scene/geometry/qellayer";
+constexpr const char* sLayerHeaderFile = "include/qelsdk/scene/geometry/qellayer";
+
+} // namespace internal
 
 // Holds the item size of an implementation.
 class LayerArrayBaseSize

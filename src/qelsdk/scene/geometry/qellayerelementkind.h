@@ -1,0 +1,56 @@
+// The factory every element kind shares.
+#ifndef QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
+#define QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
+
+#include "qelsdk/scene/geometry/qellayerimp.h"
+
+#include <qelsdk/core/base/qelalloc.h>
+#include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/scene/geometry/qellayercontainer.h>
+
+#include <cstring>
+
+namespace qelsdk {
+namespace internal {
+
+// Whether pElement holds pName, which a name that could not be allocated does not.
+inline bool QelHasName(const QelLayerElement& pElement, const char* pName)
+{
+    return !pName || std::strcmp(pElement.GetName(), pName) == 0;
+}
+
+// Registers pElement with pOwner (none for a null owner); false when the owner's
+// list could not take it, the element then being in no list.
+inline bool QelRegister(QelLayerElement& pElement, QelLayerContainer* pOwner, int pInstance)
+{
+    const int lListed = pOwner ? pOwner->GetLayerElementCount() : 0;
+    pElement.SetOwner(pOwner, pInstance);
+    return !pOwner || pOwner->GetLayerElementCount() == lListed + 1;
+}
+
+// Allocates a TKind, names it, sets its data type, allocates its arrays and registers
+// it with pOwner, in that order: the arrays take the data type's value type and exist
+// before the owner learns of the element. Null when any step cannot get its memory,
+// with nothing left allocated or registered; only the element's own allocation is
+// reported ("tmp != NULL").
+template <class TKind>
+TKind* QelCreateElement(QelLayerContainer* pOwner, const char* pName, const QelDataType& pType)
+{
+    TKind* tmp = QelNew<TKind>();
+    if (!tmp) {
+        _QelAssert(sLayerSourceFile, "Create", __LINE__, false, "%s", "tmp != NULL");
+        return nullptr;
+    }
+    tmp->SetName(pName);
+    tmp->SetType(&pType);
+    if (!QelHasName(*tmp, pName) || !tmp->AllocateArrays() || !QelRegister(*tmp, pOwner, 0)) {
+        QelDelete(tmp);
+        return nullptr;
+    }
+    return tmp;
+}
+
+} // namespace internal
+} // namespace qelsdk
+
+#endif
