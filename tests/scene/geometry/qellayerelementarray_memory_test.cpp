@@ -175,6 +175,11 @@ const Tag kRefused[] = {
     {eQelDistance, sizeof(QelDistance)}, {eQelDateTime, sizeof(QelDateTime)},
 };
 
+void PrintTo(const Tag& pTag, std::ostream* pStream)
+{
+    *pStream << "tag " << pTag.mType << ", " << pTag.mSize << " bytes";
+}
+
 class ConvertedBuffer : public testing::TestWithParam<Tag>
 {
 };

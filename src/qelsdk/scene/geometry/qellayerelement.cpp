@@ -327,7 +327,9 @@ bool WriteAll(QelLayerElementArrayTemplate<int>& pArray, const QelArray<int>& pI
     pArray.Resize(pItems.Size());
     if (pArray.GetCount() != pItems.Size()) return false;
     if (pItems.Size() == 0) return true;
-    void* lItems = pArray.GetLocked(QelLayerElementArray::eWriteLock, eQelInt);
+    // Read-write, not write: a write lock would discard the storage and allocate it
+    // anew, which can fail after the old items are gone.
+    void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock, eQelInt);
     if (!lItems) return false;
     std::memcpy(lItems, pItems.GetArray(), sizeof(int) * static_cast<size_t>(pItems.Size()));
     pArray.Release(&lItems, eQelInt);
