@@ -37,6 +37,19 @@ private:
     int* mDestroyed;
 };
 
+// The protected fields of any element.
+struct ElementFields : QelLayerElement
+{
+    static const QelDataType* TypeOf(const QelLayerElement& pElement)
+    {
+        return static_cast<const ElementFields&>(pElement).mType;
+    }
+    static int RefCountOf(const QelLayerElement& pElement)
+    {
+        return static_cast<const ElementFields&>(pElement).mRefCount;
+    }
+};
+
 using Elements = std::vector<QelLayerElement*>;
 
 // The container's element list, in order.

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <vector>
 
 namespace qelsdk {
@@ -74,15 +75,20 @@ TEST(QelLayerElement, SetTypeKeepsThePointer)
     EXPECT_EQ(lElement.GetDataType(), nullptr);
 }
 
-TEST(QelLayerElement, BaseVirtualsDoNothing)
+TEST(QelLayerElement, BaseVirtualsHaveNoContentButTheFields)
 {
     TestElement lElement;
     QelMemoryStream lStream;
     EXPECT_TRUE(lElement.Clear());
     EXPECT_EQ(lElement.MemorySize(), 0);
+    lElement.SetMappingMode(QelLayerElement::ePerPolygon);
     EXPECT_TRUE(lElement.ContentWriteTo(lStream));
-    EXPECT_TRUE(lElement.ContentReadFrom(lStream));
-    EXPECT_EQ(lStream.GetSize(), 0);
+    const int lExpected[] = {QelLayerElement::ePerPolygon, QelLayerElement::eDirect, 0};
+    ASSERT_EQ(lStream.GetSize(), 12);
+    EXPECT_EQ(std::memcmp(lStream.GetData(), lExpected, 12), 0);
+    TestElement lRead;
+    EXPECT_TRUE(lRead.ContentReadFrom(lStream));
+    EXPECT_EQ(lRead.GetMappingMode(), QelLayerElement::ePerPolygon);
 }
 
 TEST(QelLayerElement, SetOwnerRegistersWithTheContainer)

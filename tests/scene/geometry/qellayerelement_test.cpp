@@ -209,18 +209,7 @@ class ElementKind : public testing::TestWithParam<Kind>
 {
 };
 
-// Shows the protected fields of any element.
-struct Fields : Element
-{
-    static const QelDataType* TypeOf(const Element& pElement)
-    {
-        return static_cast<const Fields&>(pElement).mType;
-    }
-    static int RefCountOf(const Element& pElement)
-    {
-        return static_cast<const Fields&>(pElement).mRefCount;
-    }
-};
+typedef test::ElementFields Fields;
 
 TEST_P(ElementKind, CreateNamesTypesAllocatesAndRegisters)
 {

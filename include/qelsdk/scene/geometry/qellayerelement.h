@@ -92,7 +92,11 @@ public:
     // pInstance is for kinds that mirror a particular instance of their owner.
     virtual void SetOwner(QelLayerContainer* pOwner, int pInstance);
     virtual int MemorySize() const { return 0; }
-    // The content stream of the element; the base has no content.
+    // The element's content in a stream of the same process: the mapping mode, the
+    // reference mode and the name (a 32-bit length, then its characters) as native
+    // 32-bit integers and raw bytes. False at once when the stream takes or gives
+    // fewer bytes than asked; what was read before stays. A name length of 0 or less
+    // leaves the name as it is; a name reads up to its first zero byte.
     virtual bool ContentWriteTo(QelStream& pStream) const;
     virtual bool ContentReadFrom(const QelStream& pStream);
 
@@ -156,6 +160,15 @@ public:
     bool Clear() override;
     // Direct count x sizeof(T) + index count x 4, in 32-bit arithmetic.
     int MemorySize() const override;
+    // The direct array (count, then its items as raw memory: pointer items are
+    // addresses, meaningful in the writing process only), the index array (the same,
+    // even for a direct element), then the base content. Each array moves in one
+    // stream call of count x item size bytes under a read-write lock of its own.
+    // A lock that cannot be taken is reported ("a != NULL") and gives false. An array
+    // whose bytes do not fit one call (more than INT_MAX), and on reading a count the
+    // array cannot be resized to, give false with nothing read into the array.
+    bool ContentWriteTo(QelStream& pStream) const override;
+    bool ContentReadFrom(const QelStream& pStream) override;
     // Creates the direct array with the data type's value type (SetType comes first)
     // and the index array of ints; arrays that exist already are not released. False
     // when either array, or its storage, cannot be allocated; what was made is kept

@@ -5,6 +5,7 @@
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/qelstream.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 #include <qelsdk/scene/geometry/qelmesh.h>
 #include <qelsdk/scene/qelsurfacematerial.h>
@@ -117,8 +118,37 @@ void QelLayerElement::SetOwner(QelLayerContainer* pOwner, int /*pInstance*/)
     if (mOwner) mOwner->AddToLayerElementsList(this);
 }
 
-bool QelLayerElement::ContentWriteTo(QelStream& /*pStream*/) const { return true; }
-bool QelLayerElement::ContentReadFrom(const QelStream& /*pStream*/) { return true; }
+bool QelLayerElement::ContentWriteTo(QelStream& pStream) const
+{
+    const int lLength = mName.GetLen();
+    if (!internal::QelWriteInt(pStream, mMappingMode) ||
+        !internal::QelWriteInt(pStream, mReferenceMode) || !internal::QelWriteInt(pStream, lLength))
+        return false;
+    return lLength < 1 || pStream.Write(mName.Buffer(), lLength) == lLength;
+}
+
+// The modes are read straight into their fields, so they stay overwritten when a
+// later field is cut short.
+bool QelLayerElement::ContentReadFrom(const QelStream& pStream)
+{
+    int lLength = 0;
+    if (pStream.Read(reinterpret_cast<int*>(&mMappingMode), 4) != 4 ||
+        pStream.Read(reinterpret_cast<int*>(&mReferenceMode), 4) != 4 ||
+        pStream.Read(&lLength, 4) != 4)
+        return false;
+    if (lLength <= 0) return true;
+    char* lText = static_cast<char*>(QelMalloc(static_cast<size_t>(lLength) + 1));
+    if (!lText) {
+        _QelAssert(internal::sLayerSourceFile, "ContentReadFrom", __LINE__, false, "%s",
+                   "p != NULL");
+        return false;
+    }
+    std::memset(lText, 0, static_cast<size_t>(lLength) + 1);
+    const bool lRead = pStream.Read(lText, lLength) == lLength;
+    if (lRead) mName = QelString(lText);
+    QelFree(lText);
+    return lRead;
+}
 
 void QelLayerElement::SetName(const char* pName) { mName = QelString(pName); }
 
@@ -256,6 +286,60 @@ QelLayerElementTemplate<T>::operator=(const QelLayerElementTemplate& pOther)
     if (mIndexArray && IsIndexed(pOther.mReferenceMode)) *mIndexArray = pOther.GetIndexArray();
     QelLayerElement::operator=(pOther);
     return *this;
+}
+
+namespace {
+
+// One array as a count and one block of raw items. The array is reached directly,
+// not through the guarded accessors: its reference mode does not decide what is
+// streamed.
+bool WriteArray(QelStream& pStream, QelLayerElementArray& pArray)
+{
+    const int lCount = pArray.GetCount();
+    if (!internal::QelWriteInt(pStream, lCount)) return false;
+    if (lCount <= 0) return true;
+    const long long lBytes = static_cast<long long>(lCount) * pArray.GetStride();
+    if (lBytes > INT_MAX) return false;
+    void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
+    if (!lItems) {
+        ReportCondition(internal::sLayerHeaderFile, "ContentWriteTo", "a != NULL");
+        return false;
+    }
+    const int lWritten = pStream.Write(lItems, static_cast<int>(lBytes));
+    pArray.Release(&lItems);
+    return lWritten == lBytes;
+}
+
+bool ReadArray(const QelStream& pStream, QelLayerElementArray& pArray)
+{
+    int lCount = 0;
+    if (pStream.Read(&lCount, 4) != 4) return false;
+    pArray.Resize(lCount);
+    if (lCount <= 0) return true;
+    const long long lBytes = static_cast<long long>(lCount) * pArray.GetStride();
+    if (pArray.GetCount() != lCount || lBytes > INT_MAX) return false;
+    void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
+    if (!lItems) {
+        ReportCondition(internal::sLayerHeaderFile, "ContentReadFrom", "a != NULL");
+        return false;
+    }
+    const int lRead = pStream.Read(lItems, static_cast<int>(lBytes));
+    pArray.Release(&lItems);
+    return lRead == lBytes;
+}
+
+} // namespace
+
+template <class T> bool QelLayerElementTemplate<T>::ContentWriteTo(QelStream& pStream) const
+{
+    return WriteArray(pStream, *mDirectArray) && WriteArray(pStream, *mIndexArray) &&
+           QelLayerElement::ContentWriteTo(pStream);
+}
+
+template <class T> bool QelLayerElementTemplate<T>::ContentReadFrom(const QelStream& pStream)
+{
+    return ReadArray(pStream, *mDirectArray) && ReadArray(pStream, *mIndexArray) &&
+           QelLayerElement::ContentReadFrom(pStream);
 }
 
 template class QelLayerElementTemplate<QelVector4>;

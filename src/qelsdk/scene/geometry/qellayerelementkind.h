@@ -6,12 +6,16 @@
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/qelstream.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 
 #include <cstring>
 
 namespace qelsdk {
 namespace internal {
+
+// Writes one native 32-bit integer; false when the stream takes fewer bytes.
+inline bool QelWriteInt(QelStream& pStream, int pValue) { return pStream.Write(&pValue, 4) == 4; }
 
 // Whether pElement holds pName, which a name that could not be allocated does not.
 inline bool QelHasName(const QelLayerElement& pElement, const char* pName)
