@@ -54,7 +54,7 @@ constexpr std::array<EQelType, sQelCopyTypeCount> QelMakeCopyTags()
     return lTags;
 }
 
-constexpr std::array<EQelType, sQelCopyTypeCount> sQelCopyTags = QelMakeCopyTags();
+inline constexpr std::array<EQelType, sQelCopyTypeCount> sQelCopyTags = QelMakeCopyTags();
 
 // The matrix position of every tag, indexed by tag + 17: the position of the tag it
 // converts as, -1 for the tags that are never converted.
@@ -70,7 +70,7 @@ constexpr std::array<int, sQelTagCount> QelMakeCopyIndexOfTag()
     return lIndex;
 }
 
-constexpr std::array<int, sQelTagCount> sQelCopyIndexOfTag = QelMakeCopyIndexOfTag();
+inline constexpr std::array<int, sQelTagCount> sQelCopyIndexOfTag = QelMakeCopyIndexOfTag();
 
 // Precondition: QelIsTagInTable(pType).
 constexpr int QelCopyIndexOfTag(EQelType pType) { return sQelCopyIndexOfTag[QelTagOffset(pType)]; }

@@ -89,7 +89,7 @@ constexpr std::array<QelTypeFacts, sQelTagCount> QelMakeTypeFacts()
 }
 
 // Indexed by tag + 17.
-constexpr std::array<QelTypeFacts, sQelTagCount> sQelTypeFacts = QelMakeTypeFacts();
+inline constexpr std::array<QelTypeFacts, sQelTagCount> sQelTypeFacts = QelMakeTypeFacts();
 
 // The facts of any tag, known or not.
 constexpr QelTypeFacts QelFactsOfTag(EQelType pType)
@@ -100,7 +100,8 @@ constexpr QelTypeFacts QelFactsOfTag(EQelType pType)
 static_assert(QelFactsOfTag(eQelReference).mSize == 8, "a reference is one 64-bit pointer");
 static_assert(QelFactsOfTag(eQelEnumMulti).mSize == 4 && QelFactsOfTag(eQelEnum).mSize == 4,
               "both enumerations are stored as a 32-bit int");
-static_assert(QelFactsOfTag(eQelUndefined).mSize == 0 && QelFactsOfTag(EQelType(-1)).mSize == 0 &&
+static_assert(QelFactsOfTag(eQelUndefined).mSize == 0 &&
+                  QelFactsOfTag(static_cast<EQelType>(-1)).mSize == 0 &&
                   QelFactsOfTag(eQelTypeCount).mSize == 0,
               "eQelUndefined and unknown tags have no storage");
 static_assert(!QelFactsOfTag(eQelReference).mConstruct && !QelFactsOfTag(eQelReference).mDestroy,
