@@ -1,6 +1,8 @@
 // Whole-buffer conversion: the batched QelTypeCopyArray and the per-item untyped entry
 // point against the plain loop a caller would write for the same pair.
-#include <qelsdk/core/qelpropertytypes.h>
+#include <qelsdk/core/qelstring.h>
+#include <qelsdk/core/qeltypecopy.h>
+#include <qelsdk/core/qelvector.h>
 
 #include <benchmark/benchmark.h>
 

@@ -17,7 +17,10 @@
 #include <qelsdk/core/qelstream.h>
 #include <qelsdk/core/qelstring.h>
 #include <qelsdk/core/qeltime.h>
+#include <qelsdk/core/qeltypecopy.h>
+#include <qelsdk/core/qeltypetable.h>
 #include <qelsdk/core/qelvector.h>
+#include <qelsdk/core/qelvectorfwd.h>
 #include <qelsdk/scene/geometry/qellayer.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 #include <qelsdk/scene/geometry/qellayerelementarray.h>

@@ -1,11 +1,16 @@
 #include <qelsdk/core/qelpropertytypes.h>
 
 #include <qelsdk/core/qelblob.h>
+#include <qelsdk/core/qelcolor.h>
 #include <qelsdk/core/qeldatetime.h>
 #include <qelsdk/core/qeldistance.h>
 #include <qelsdk/core/qelhalffloat.h>
 #include <qelsdk/core/qelstring.h>
 #include <qelsdk/core/qeltime.h>
+#include <qelsdk/core/qelvector.h>
+#include <qelsdk/scene/geometry/qellayerelementarray.h>
+#include <qelsdk/scene/qelsurfacematerial.h>
+#include <qelsdk/scene/qeltexture.h>
 
 #include <gtest/gtest.h>
 

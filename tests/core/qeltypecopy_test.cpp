@@ -1,4 +1,13 @@
-#include <qelsdk/core/qelpropertytypes.h>
+#include <qelsdk/core/qeltypecopy.h>
+
+#include <qelsdk/core/qelblob.h>
+#include <qelsdk/core/qelcolor.h>
+#include <qelsdk/core/qeldatetime.h>
+#include <qelsdk/core/qeldistance.h>
+#include <qelsdk/core/qelhalffloat.h>
+#include <qelsdk/core/qelstring.h>
+#include <qelsdk/core/qeltime.h>
+#include <qelsdk/core/qelvector.h>
 
 #include <support/qeltestsupport.h>
 

@@ -4,6 +4,8 @@
 #ifndef QELSDK_CORE_QELVECTOR_H
 #define QELSDK_CORE_QELVECTOR_H
 
+#include <qelsdk/core/qelvectorfwd.h>
+
 #include <type_traits>
 
 namespace qelsdk {
@@ -99,13 +101,6 @@ public:
 
     T mData[4];
 };
-
-typedef QelVectorTemplate2<double> QelDouble2;
-typedef QelVectorTemplate3<double> QelDouble3;
-typedef QelVectorTemplate4<double> QelDouble4;
-typedef QelVectorTemplate4<QelVectorTemplate4<double>> QelDouble4x4;
-typedef QelDouble2 QelVector2;
-typedef QelDouble4 QelVector4;
 
 static_assert(sizeof(QelDouble2) == 16 && sizeof(QelDouble3) == 24 && sizeof(QelDouble4) == 32 &&
                   sizeof(QelDouble4x4) == 128,

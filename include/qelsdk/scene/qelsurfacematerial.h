@@ -5,6 +5,7 @@
 #define QELSDK_SCENE_QELSURFACEMATERIAL_H
 
 #include <qelsdk/core/qelobject.h>
+#include <qelsdk/core/qelpropertytypes.h>
 
 namespace qelsdk {
 
@@ -32,6 +33,9 @@ public:
     static constexpr const char* sDisplacementColor = "DisplacementColor";
     static constexpr const char* sVectorDisplacementColor = "VectorDisplacementColor";
 };
+
+// Arrays of QelSurfaceMaterial pointers are tagged as references.
+inline EQelType QelTypeOf(QelSurfaceMaterial* const&) { return eQelReference; }
 
 } // namespace qelsdk
 

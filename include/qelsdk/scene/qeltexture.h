@@ -3,6 +3,7 @@
 #define QELSDK_SCENE_QELTEXTURE_H
 
 #include <qelsdk/core/qelobject.h>
+#include <qelsdk/core/qelpropertytypes.h>
 
 namespace qelsdk {
 
@@ -12,6 +13,9 @@ public:
     explicit QelTexture(const char* pName = "");
     ~QelTexture() override;
 };
+
+// Arrays of QelTexture pointers are tagged as references.
+inline EQelType QelTypeOf(QelTexture* const&) { return eQelReference; }
 
 } // namespace qelsdk
 

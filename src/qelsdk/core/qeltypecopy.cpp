@@ -1,4 +1,6 @@
-#include <qelsdk/core/qelpropertytypes.h>
+#include "qelsdk/core/qeltypecopyrules.h"
+
+#include <qelsdk/core/base/qelassert.h>
 
 #include <cstring>
 
@@ -29,11 +31,10 @@ QelString QelCopyText(const QelDouble2& pSrc) { return QelJoinComponents(pSrc.mD
 QelString QelCopyText(const QelDouble3& pSrc) { return QelJoinComponents(pSrc.mData, 3); }
 QelString QelCopyText(const QelDouble4& pSrc) { return QelJoinComponents(pSrc.mData, 4); }
 
-// Only the first row: the other twelve values are dropped, kept as-is for the files
-// that already hold matrices written this way.
+// Only the first row is formatted: the text stays one line of four values.
 QelString QelCopyText(const QelDouble4x4& pSrc) { return QelCopyText(pSrc[0]); }
 
-// Timecode of all five elements at the default frame rate: the text stored files hold.
+// Timecode of all five elements at the default frame rate: callers compare the text.
 QelString QelCopyText(const QelTime& pSrc)
 {
     constexpr unsigned short lSize = 128;
@@ -59,12 +60,13 @@ bool QelCopyBytes(QelBlob& pDst, const QelTime& pSrc)
     return QelCopyBytes(pDst, lCount);
 }
 
-// The castable flag compares the length with itself and so is always true; the check
-// stays so that a string type whose length could disagree with its buffer is caught.
+// The characters go to the blob as they are, so their count must be a valid byte
+// count: zero or more. QelString keeps its length non-negative (and its buffer
+// non-null), so with this string type the check cannot fail.
 bool QelCopyBytes(QelBlob& pDst, const QelString& pSrc)
 {
     const int lLength = pSrc.GetLen();
-    const bool lCastable = lLength == pSrc.GetLen();
+    const bool lCastable = lLength >= 0;
     if (!lCastable) {
         _QelAssert(sQelTypeCopyFile, "QelTypeCopy", __LINE__, false, "%s", "lCastable");
         return false;
@@ -73,39 +75,108 @@ bool QelCopyBytes(QelBlob& pDst, const QelString& pSrc)
     return true;
 }
 
+namespace {
+
+// Reports pText as a message of QelTypeCopy and returns false.
+bool QelRefuse(unsigned int pLine, const char* pText)
+{
+    _QelAssert(sQelTypeCopyFile, "QelTypeCopy", pLine, true, "%s", pText);
+    return false;
+}
+
+// The storage position of a tag, -1 when the tag names no storage type.
+int QelStorageIndex(EQelType pType)
+{
+    return QelIsTagInTable(pType) ? QelCopyIndexOfTag(pType) : -1;
+}
+
+} // namespace
+
+bool QelRefuseIncompatible() { return QelRefuse(__LINE__, "Incompatible type assignment!"); }
+
+bool QelRefuseTag(EQelType pType)
+{
+    return QelRefuse(__LINE__, pType == eQelReference
+                                   ? "Trying to set value on a void Reference type"
+                                   : "Trying to assign an unknown type");
+}
+
+bool QelRefuseForeignSource(EQelType pDstType)
+{
+    return QelStorageIndex(pDstType) >= 0 ? QelRefuseIncompatible() : QelRefuseTag(pDstType);
+}
+
 } // namespace internal
 
 namespace {
 
 using namespace internal;
 
-// The untyped entry point's table: one reader per source tag, indexed by tag + 17,
-// null for the tags that name no storage type.
-typedef bool (*QelCopyFrom)(void* pDst, EQelType pDstType, const void* pSrc);
-
-template <class TSrc> bool QelCopyFromStorage(void* pDst, EQelType pDstType, const void* pSrc)
-{
-    return QelTypeCopy(pDst, pDstType, *static_cast<const TSrc*>(pSrc));
-}
-
-template <int tOffset> constexpr QelCopyFrom QelCopyFromEntry()
+// A table of one function per tag, indexed by tag + 17: TEntry<T>::Apply of the
+// tag's storage type T for the tags with a matrix position, null for the others.
+template <class TFunction, template <class> class TEntry, int tOffset>
+constexpr TFunction QelTagEntry()
 {
     constexpr int lIndex = sQelCopyIndexOfTag[tOffset];
     if constexpr (lIndex < 0)
         return nullptr;
     else
-        return &QelCopyFromStorage<QelCopyType<lIndex>>;
+        return &TEntry<QelCopyType<lIndex>>::Apply;
 }
 
-template <int... tOffsets>
-constexpr std::array<QelCopyFrom, sQelTagCount>
-QelMakeCopyFrom(std::integer_sequence<int, tOffsets...>)
+template <class TFunction, template <class> class TEntry, int... tOffsets>
+constexpr std::array<TFunction, sQelTagCount>
+QelMakeTagTable(std::integer_sequence<int, tOffsets...>)
 {
-    return {{QelCopyFromEntry<tOffsets>()...}};
+    return {{QelTagEntry<TFunction, TEntry, tOffsets>()...}};
 }
+
+template <class TFunction, template <class> class TEntry>
+constexpr std::array<TFunction, sQelTagCount> QelMakeTagTable()
+{
+    return QelMakeTagTable<TFunction, TEntry>(std::make_integer_sequence<int, sQelTagCount>());
+}
+
+// The typed entry point's entries for one source type: *pDst taken as TDst.
+template <class TSrc> struct QelCopyInto
+{
+    typedef bool (*Function)(void* pDst, const TSrc& pSrc);
+
+    template <class TDst> struct To
+    {
+        static bool Apply(void* pDst, const TSrc& pSrc)
+        {
+            return QelCopyPair(*static_cast<TDst*>(pDst), pSrc);
+        }
+    };
+};
+
+// The typed entry point of TSrc.
+template <class TSrc> bool QelCopyFromValue(void* pDst, EQelType pDstType, const TSrc& pSrc)
+{
+    typedef QelCopyInto<TSrc> Into;
+    static constexpr std::array<typename Into::Function, sQelTagCount> sTable =
+        QelMakeTagTable<typename Into::Function, Into::template To>();
+    if (QelIsTagInTable(pDstType)) {
+        const auto lCopy = sTable[QelTagOffset(pDstType)];
+        if (lCopy) return lCopy(pDst, pSrc);
+    }
+    return QelRefuseTag(pDstType);
+}
+
+// The untyped entry point's entries: *pSrc read as TSrc.
+typedef bool (*QelCopyFrom)(void* pDst, EQelType pDstType, const void* pSrc);
+
+template <class TSrc> struct QelCopyFromStorage
+{
+    static bool Apply(void* pDst, EQelType pDstType, const void* pSrc)
+    {
+        return QelCopyFromValue(pDst, pDstType, *static_cast<const TSrc*>(pSrc));
+    }
+};
 
 constexpr std::array<QelCopyFrom, sQelTagCount> sCopyFrom =
-    QelMakeCopyFrom(std::make_integer_sequence<int, sQelTagCount>());
+    QelMakeTagTable<QelCopyFrom, QelCopyFromStorage>();
 
 // The batched loops, one per cell of the matrix. Buffers laid out item after item
 // are walked as typed arrays so that the compiler can vectorise the plain numeric
@@ -121,7 +192,7 @@ template <class T, class TByte> T& QelItemAt(TByte* pBuffer, size_t pStride, int
 // Floating to integer: the pairs whose plain loop the compiler vectorises only when no
 // value needs the out-of-range treatment.
 template <class TDst, class TSrc>
-constexpr bool sIsTruncation = (QelTypeCopyRuleOf<TDst, TSrc>() == eQelCopyArithmetic) &&
+constexpr bool sIsTruncation = (QelCopyRuleOf<TDst, TSrc>() == eQelCopyArithmetic) &&
                                (std::is_integral<TDst>::value &&
                                 !std::is_same<TDst, bool>::value) &&
                                std::is_floating_point<TSrc>::value;
@@ -181,7 +252,7 @@ template <class TDst, class TSrc> bool QelTruncateChunk(TDst* pDst, const TSrc* 
 template <class TDst, class TSrc> int QelCopyEach(TDst* pDst, const TSrc* pSrc, int pCount)
 {
     for (int lIndex = 0; lIndex < pCount; ++lIndex)
-        if (!QelTypeCopy(pDst[lIndex], pSrc[lIndex])) return lIndex;
+        if (!QelCopyPair(pDst[lIndex], pSrc[lIndex])) return lIndex;
     return pCount;
 }
 
@@ -209,7 +280,7 @@ int QelCopyStrided(char* pDst, size_t pDstStride, const char* pSrc, size_t pSrcS
 {
     for (int lIndex = 0; lIndex < pCount; ++lIndex) {
         const TSrc& lSrc = QelItemAt<const TSrc>(pSrc, pSrcStride, lIndex);
-        if (!QelTypeCopy(QelItemAt<TDst>(pDst, pDstStride, lIndex), lSrc)) return lIndex;
+        if (!QelCopyPair(QelItemAt<TDst>(pDst, pDstStride, lIndex), lSrc)) return lIndex;
     }
     return pCount;
 }
@@ -238,28 +309,19 @@ QelMakeCopyLoops(std::integer_sequence<int, tCells...>)
     return {{QelCopyLoopEntry<tCells>()...}};
 }
 
-// Indexed by destination position * 21 + source position in QelCopyTypes.
+// Indexed by destination position * sQelCopyTypeCount + source position.
 constexpr std::array<QelCopyLoop, sCellCount> sCopyLoops =
     QelMakeCopyLoops(std::make_integer_sequence<int, sCellCount>());
-
-// The storage position of a tag, -1 when the tag names no storage type.
-int QelStorageIndex(EQelType pType)
-{
-    return QelIsTagInTable(pType) ? QelCopyIndexOfTag(pType) : -1;
-}
 
 } // namespace
 
 bool QelTypeCopy(void* pDst, EQelType pDstType, const void* pSrc, EQelType pSrcType)
 {
     if (QelIsTagInTable(pSrcType)) {
-        const QelCopyFrom lCopy = sCopyFrom[pSrcType - eQelEnumMulti];
+        const QelCopyFrom lCopy = sCopyFrom[QelTagOffset(pSrcType)];
         if (lCopy) return lCopy(pDst, pDstType, pSrc);
     }
-    QEL_REPORT_MESSAGE(sQelTypeCopyFile, pSrcType == eQelReference
-                                             ? "Trying to set value on a void Reference type"
-                                             : "Trying to assign an unknown type");
-    return false;
+    return QelRefuseTag(pSrcType);
 }
 
 int QelTypeCopyArray(void* pDst, EQelType pDstType, size_t pDstStride, const void* pSrc,

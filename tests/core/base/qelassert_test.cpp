@@ -1,5 +1,6 @@
 #include <qelsdk/core/base/qelassert.h>
 
+#include "qelsdk/core/base/qelreport.h"
 #include "support/qeltestsupport.h"
 
 #include <gtest/gtest.h>

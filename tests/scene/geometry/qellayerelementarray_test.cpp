@@ -5,6 +5,7 @@
 
 #include <qelsdk/core/qelcolor.h>
 #include <qelsdk/core/qelstring.h>
+#include <qelsdk/core/qelvector.h>
 
 #include <gtest/gtest.h>
 

@@ -17,16 +17,20 @@
 #define QELSDK_CORE_BASE_QELARRAY_H
 
 #include <qelsdk/core/base/qelalloc.h>
-#include <qelsdk/core/base/qelassert.h>
 
 #include <climits>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
 
-#define QELSDK_ARRAY_FILE "include/qelsdk/core/base/qelarray"
-
 namespace qelsdk {
+namespace internal {
+
+// Reports for the templates of this header, under its file name: pText is a failed
+// condition, or a message when pIsMessage.
+void QelArrayReport(const char* pFunction, unsigned int pLine, bool pIsMessage, const char* pText);
+
+} // namespace internal
 
 template <class T> class QelArray
 {
@@ -72,7 +76,7 @@ public:
     void SetAt(int pIndex, const T& pItem)
     {
         if (pIndex < 0 || pIndex >= mCapacity) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "pIndex >= 0 && pIndex < mCapacity");
+            internal::QelArrayReport("SetAt", __LINE__, false, "pIndex >= 0 && pIndex < mCapacity");
             return;
         }
         if (pIndex >= mSize) mSize = pIndex + 1;
@@ -84,7 +88,7 @@ public:
     int InsertAt(int pIndex, const T& pItem, bool pCompact = false)
     {
         if (pIndex < 0) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "pIndex >= 0");
+            internal::QelArrayReport("InsertAt", __LINE__, false, "pIndex >= 0");
             return -1;
         }
         const int lIndex = QelMin(pIndex, mSize);
@@ -107,7 +111,7 @@ public:
         const int lCapacity = lWanted > INT_MAX ? 0 : QelMax(static_cast<int>(lWanted), 1);
         T* lArray = lCapacity ? Allocate(lCapacity) : nullptr;
         if (!lArray) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "lArray");
+            internal::QelArrayReport("InsertAt", __LINE__, false, "lArray");
             return -1;
         }
         mArray = lArray;
@@ -148,7 +152,7 @@ public:
     int Find(const T& pItem, int pStartIndex = 0) const
     {
         if (pStartIndex < 0) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "pStartIndex >= 0");
+            internal::QelArrayReport("Find", __LINE__, false, "pStartIndex >= 0");
             return -1;
         }
         for (int i = pStartIndex; i < mSize; ++i)
@@ -160,13 +164,13 @@ public:
     bool Reserve(int pCapacity)
     {
         if (pCapacity <= 0) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "pCapacity > 0");
+            internal::QelArrayReport("Reserve", __LINE__, false, "pCapacity > 0");
             return false;
         }
         if (pCapacity <= mCapacity) return true;
         T* lArray = Allocate(pCapacity);
         if (!lArray) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "lArray");
+            internal::QelArrayReport("Reserve", __LINE__, false, "lArray");
             return false;
         }
         mArray = lArray;
@@ -186,13 +190,13 @@ public:
             return true;
         }
         if (pSize < 0) {
-            QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "pSize > 0");
+            internal::QelArrayReport("Resize", __LINE__, false, "pSize > 0");
             return false;
         }
         if (mCapacity != pSize) {
             T* lArray = Allocate(pSize);
             if (!lArray) {
-                QEL_REPORT_CONDITION(QELSDK_ARRAY_FILE, "lArray");
+                internal::QelArrayReport("Resize", __LINE__, false, "lArray");
                 return false;
             }
             mArray = lArray;
@@ -243,7 +247,7 @@ private:
         else if (pIndex >= mSize)
             lText = "Index is out of range, but not outside of capacity! Call SetAt() to use "
                     "reserved memory.";
-        if (lText) _QelAssert(QELSDK_ARRAY_FILE, "operator[]", __LINE__, true, "%s", lText);
+        if (lText) internal::QelArrayReport("operator[]", __LINE__, true, lText);
         return !lText;
     }
 

@@ -26,11 +26,4 @@ void _QelAssert(const char* pFile, const char* pFunction, unsigned int pLine, bo
 
 } // namespace qelsdk
 
-// Report helpers for library code: the function argument is always the bare name of
-// the enclosing function, which is what __func__ gives for members and templates.
-#define QEL_REPORT_CONDITION(pFile, pText)                                                         \
-    ::qelsdk::_QelAssert(pFile, __func__, __LINE__, false, "%s", pText)
-#define QEL_REPORT_MESSAGE(pFile, pText)                                                           \
-    ::qelsdk::_QelAssert(pFile, __func__, __LINE__, true, "%s", pText)
-
 #endif

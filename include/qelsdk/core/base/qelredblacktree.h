@@ -19,12 +19,17 @@
 #define QELSDK_CORE_BASE_QELREDBLACKTREE_H
 
 #include <qelsdk/core/base/qelalloc.h>
-#include <qelsdk/core/base/qelassert.h>
 #include <qelsdk/core/qelstring.h>
 
-#define QELSDK_REDBLACKTREE_FILE "include/qelsdk/core/base/qelredblacktree"
-
 namespace qelsdk {
+namespace internal {
+
+// Reports for the templates of this header, under its file name: pText is a failed
+// condition, or a message when pIsMessage.
+void QelRedBlackTreeReport(const char* pFunction, unsigned int pLine, bool pIsMessage,
+                           const char* pText);
+
+} // namespace internal
 
 class QelObject;
 
@@ -201,7 +206,7 @@ protected:
     // called them.
     static void ReportUnless(bool pHolds, const char* pFunction, const char* pText)
     {
-        if (!pHolds) _QelAssert(QELSDK_REDBLACKTREE_FILE, pFunction, __LINE__, false, "%s", pText);
+        if (!pHolds) internal::QelRedBlackTreeReport(pFunction, __LINE__, false, pText);
     }
 
     void LinkNewRecord(RecordType* pParent, RecordType* pRecord, bool pAsRightChild)
@@ -367,7 +372,8 @@ protected:
         RecordType* lChild = pNode->mLeftChild ? pNode->mLeftChild : pNode->mRightChild;
         RecordType* lParent = pNode->mParent;
         if (!Reattach(lParent, pNode, lChild, __func__, "mRoot == pNode"))
-            QEL_REPORT_MESSAGE(QELSDK_REDBLACKTREE_FILE, "Node not found in QelRedBlackTree");
+            internal::QelRedBlackTreeReport("RemoveNode", __LINE__, true,
+                                            "Node not found in QelRedBlackTree");
         if (pNode->mColor == eBlack) FixNodesAfterRemoval(lParent, lChild);
     }
 
@@ -376,7 +382,8 @@ protected:
     {
         if (!Reattach(pNodeToReplace->mParent, pNodeToReplace, pNewNode, __func__,
                       "mRoot == pNodeToReplace"))
-            QEL_REPORT_MESSAGE(QELSDK_REDBLACKTREE_FILE, "Node not found in QelRedBlackTree");
+            internal::QelRedBlackTreeReport("ReplaceNode", __LINE__, true,
+                                            "Node not found in QelRedBlackTree");
         pNewNode->mLeftChild = pNodeToReplace->mLeftChild;
         pNewNode->mRightChild = pNodeToReplace->mRightChild;
         if (pNewNode->mLeftChild) pNewNode->mLeftChild->mParent = pNewNode;
@@ -416,7 +423,8 @@ protected:
             }
             lSibling = MoveRedNephewOutside(lParent, lSide, lSibling);
             if (!lSibling) {
-                QEL_REPORT_CONDITION(QELSDK_REDBLACKTREE_FILE, "lSibling != 0 && lParent != 0");
+                internal::QelRedBlackTreeReport("FixNodesAfterRemoval", __LINE__, false,
+                                                "lSibling != 0 && lParent != 0");
                 break;
             }
             RotateSiblingUp(lParent, lSide, lSibling);

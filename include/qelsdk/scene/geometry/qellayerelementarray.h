@@ -30,6 +30,10 @@
 namespace qelsdk {
 
 class LayerElementArrayImp;
+class QelLayerElementArray;
+
+// Arrays of array pointers are tagged as references.
+inline EQelType QelTypeOf(QelLayerElementArray* const&) { return eQelReference; }
 
 struct LockAccessStatus
 {

@@ -3,11 +3,12 @@
 #include "qelsdk/core/qelvaluetypes.h"
 #include "qelsdk/scene/geometry/qellayerimp.h"
 
-#include <qelsdk/core/base/qelassert.h>
+#include "qelsdk/core/base/qelreport.h"
 #include <qelsdk/core/qelblob.h>
 #include <qelsdk/core/qeldatatype.h>
 #include <qelsdk/core/qeldistance.h>
 #include <qelsdk/core/qelstring.h>
+#include <qelsdk/core/qeltypecopy.h>
 
 #include <climits>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "qelsdk/scene/geometry/qellayerimp.h"
 
-#include <qelsdk/core/base/qelassert.h>
+#include "qelsdk/core/base/qelreport.h"
 
 #include <climits>
 #include <cstring>
