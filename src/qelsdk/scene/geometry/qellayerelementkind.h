@@ -1,4 +1,4 @@
-// The factory every element kind shares.
+// The factory every element kind shares, with the array allocation of the kinds.
 #ifndef QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 #define QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 
@@ -6,12 +6,24 @@
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/qelpropertytypes.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 
 #include <cstring>
 
 namespace qelsdk {
 namespace internal {
+
+// A new element array of pType with its storage, or null with nothing left allocated.
+template <class TArray> TArray* QelNewArray(EQelType pType)
+{
+    TArray* lArray = QelNew<TArray>(pType);
+    if (lArray && !lArray->GetImplementation()) {
+        QelDelete(lArray);
+        return nullptr;
+    }
+    return lArray;
+}
 
 // Whether pElement holds pName, which a name that could not be allocated does not.
 inline bool QelHasName(const QelLayerElement& pElement, const char* pName)
