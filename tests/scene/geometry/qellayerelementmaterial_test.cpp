@@ -100,6 +100,14 @@ protected:
     }
 
     MaterialArray& Direct() { return mElement->GetDirectArray(); }
+    // Removes item pIndex of the direct array and returns it.
+    QelSurfaceMaterial* RemoveAt(int pIndex)
+    {
+        QelSurfaceMaterial* lRemoved = nullptr;
+        QelSurfaceMaterial** lTarget = &lRemoved;
+        Direct().RemoveAt(pIndex, reinterpret_cast<void**>(&lTarget));
+        return lRemoved;
+    }
     LayerElementArrayImp& Storage() { return *StorageOf(Direct()); }
 
     QelLayerElementMaterial* mElement = nullptr; // owned by mMesh
@@ -151,10 +159,7 @@ TEST_F(QelLayerElementMaterialTest, FirstReadLockOfTheEmptyArrayLoadsTheNodesMat
 TEST_F(QelLayerElementMaterialTest, WritingBAndUnlockingConnectsBThenA)
 {
     ASSERT_EQ(ItemsOf(Direct()), (Materials{&mA, &mB}));
-    QelSurfaceMaterial* lRemoved = nullptr;
-    QelSurfaceMaterial** lRemovedPtr = &lRemoved;
-    Direct().RemoveAt(0, reinterpret_cast<void**>(&lRemovedPtr));
-    EXPECT_EQ(lRemoved, &mA);
+    EXPECT_EQ(RemoveAt(0), &mA);
     EXPECT_EQ(ItemsOf(Direct()), Materials{&mB});
     EXPECT_EQ(MaterialsOf(mNode), (Materials{&mB, &mA}));
     EXPECT_TRUE(mNode.IsConnectedSrcObject(&mMesh));
@@ -171,15 +176,11 @@ TEST_F(QelLayerElementMaterialTest, LockingAgainDoesNotReload)
 TEST_F(QelLayerElementMaterialTest, RemovingNeverDisconnectsAndAnEmptiedArrayReloads)
 {
     ASSERT_EQ(ItemsOf(Direct()), (Materials{&mA, &mB}));
-    QelSurfaceMaterial* lRemoved = nullptr;
-    QelSurfaceMaterial** lRemovedPtr = &lRemoved;
-    Direct().RemoveAt(1, reinterpret_cast<void**>(&lRemovedPtr));
-    EXPECT_EQ(lRemoved, &mB);
+    EXPECT_EQ(RemoveAt(1), &mB);
     EXPECT_EQ(Storage().GetCount(), 1);
     EXPECT_EQ(MaterialsOf(mNode), (Materials{&mA, &mB}));
 
-    Direct().RemoveAt(0, reinterpret_cast<void**>(&lRemovedPtr));
-    EXPECT_EQ(lRemoved, &mA);
+    EXPECT_EQ(RemoveAt(0), &mA);
     EXPECT_EQ(Storage().GetCount(), 0);
     EXPECT_EQ(MaterialsOf(mNode), (Materials{&mA, &mB}));
     EXPECT_EQ(ItemsOf(Direct()), (Materials{&mA, &mB}));
@@ -286,7 +287,7 @@ TEST_F(QelLayerElementMaterialTest, SetOwnerFollowsTheNewOwnersNode)
     EXPECT_EQ(ItemsOf(Direct()), Materials{&mC});
 }
 
-TEST_F(QelLayerElementMaterialTest, WipeModeKeepsTheLoadFromTheNode)
+TEST_F(QelLayerElementMaterialTest, NoLoadFromTheNodeInWipeMode)
 {
     {
         WipeModeGuard lWipe(true);
@@ -299,7 +300,7 @@ TEST_F(QelLayerElementMaterialTest, WipeModeKeepsTheLoadFromTheNode)
     EXPECT_EQ(ItemsOf(Direct()), Materials{&mC});
 }
 
-TEST_F(QelLayerElementMaterialTest, WipeModeKeepsTheRewiringFromTheNode)
+TEST_F(QelLayerElementMaterialTest, NoRewiringOfTheNodeInWipeMode)
 {
     ASSERT_EQ(ItemsOf(Direct()), (Materials{&mA, &mB}));
     {
