@@ -1,4 +1,4 @@
-// The factory every element kind shares.
+// The factory every element kind shares, with the array allocation of the kinds.
 #ifndef QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 #define QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 
@@ -6,6 +6,7 @@
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
+#include <qelsdk/core/qelpropertytypes.h>
 #include <qelsdk/core/qelstream.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 
@@ -16,6 +17,17 @@ namespace internal {
 
 // Writes one native 32-bit integer; false when the stream takes fewer bytes.
 inline bool QelWriteInt(QelStream& pStream, int pValue) { return pStream.Write(&pValue, 4) == 4; }
+
+// A new element array of pType with its storage, or null with nothing left allocated.
+template <class TArray> TArray* QelNewArray(EQelType pType)
+{
+    TArray* lArray = QelNew<TArray>(pType);
+    if (lArray && !lArray->GetImplementation()) {
+        QelDelete(lArray);
+        return nullptr;
+    }
+    return lArray;
+}
 
 // Whether pElement holds pName, which a name that could not be allocated does not.
 inline bool QelHasName(const QelLayerElement& pElement, const char* pName)

@@ -26,6 +26,11 @@
 #include <cstdint>
 
 namespace qelsdk {
+
+class QelLayerContainer;
+class QelNode;
+class QelSurfaceMaterial;
+
 namespace internal {
 
 // The file names the module's reports carry.
@@ -134,6 +139,48 @@ public:
     int ItemSize() const { return GetTypeSize(); }
     // The first item slot, or null when nothing is allocated.
     void* GetArray() { return GetHeader() ? GetAt(0) : nullptr; }
+};
+
+// The storage of a material element's direct array: a cache of the material
+// connections of the node that instantiates the container (its mInstance-th
+// destination node). The first lock of an empty array loads the node's materials in
+// connection order; every read-write unlock makes the items the node's first material
+// connections, in item order, and appends after them, in their old order, the
+// materials the node had that the items no longer name. Removing an item therefore
+// never disconnects a material; this is deliberate. Items that are already there are
+// never refreshed from the node.
+//
+// Both hooks do nothing while QelObject's wipe mode is set, without a container or a
+// node (the array is then a plain pointer array), and when the item size is not that
+// of a pointer: the items could not hold a material then. Connection failures of the
+// object system are ignored.
+class LayerElementArrayProxyImp : public LayerElementArrayImp
+{
+public:
+    explicit LayerElementArrayProxyImp(size_t pItemSize);
+    // Clears the binding (no container, instance -1).
+    ~LayerElementArrayProxyImp() override;
+
+    // Loads the node's materials into an empty array. When the storage cannot grow
+    // to hold them, the array stays empty.
+    void LockPostProcess() override;
+    // Rewires the node's materials to the items. When the memory to save the node's
+    // old materials is not there, the node keeps its connections as they are: a hook
+    // cannot report a failure to the lock that runs it.
+    void UnlockPostProcess() override;
+
+    // pContainer is not owned; pInstance selects which destination node to follow.
+    void SetContainer(QelLayerContainer* pContainer, int pInstance);
+    // The container's pInstance-th destination node, or null.
+    QelNode* GetCurrentNode() const;
+
+private:
+    // The node the hooks work on, or null when they must leave everything alone.
+    QelNode* MirroredNode() const;
+    QelSurfaceMaterial*& Item(int pIndex);
+
+    QelLayerContainer* mContainer;
+    int mInstance;
 };
 
 } // namespace qelsdk
