@@ -4,6 +4,7 @@
 #define QELSDK_SCENE_GEOMETRY_QELLAYER_H
 
 #include <qelsdk/scene/geometry/qellayerelement.h>
+#include <qelsdk/scene/geometry/qellayerelementuserdata.h>
 
 namespace qelsdk {
 

@@ -165,17 +165,6 @@ void ReportCondition(const char* pFile, const char* pFunction, const char* pText
     _QelAssert(pFile, pFunction, __LINE__, false, "%s", pText);
 }
 
-// A typed array of pType with its storage, or null (nothing left allocated).
-template <class T> QelLayerElementArrayTemplate<T>* NewArray(EQelType pType)
-{
-    auto* lArray = QelNew<QelLayerElementArrayTemplate<T>>(pType);
-    if (lArray && !lArray->GetImplementation()) {
-        QelDelete(lArray);
-        return nullptr;
-    }
-    return lArray;
-}
-
 } // namespace
 
 template <class T>
@@ -191,8 +180,8 @@ template <class T> QelLayerElementTemplate<T>::~QelLayerElementTemplate()
 
 template <class T> bool QelLayerElementTemplate<T>::AllocateArrays()
 {
-    if (!mDirectArray) mDirectArray = NewArray<T>(mType->GetType());
-    if (!mIndexArray) mIndexArray = NewArray<int>(QelIntDT.GetType());
+    if (!mDirectArray) mDirectArray = internal::QelNewArray<T>(mType->GetType());
+    if (!mIndexArray) mIndexArray = internal::QelNewArray<int>(QelIntDT.GetType());
     return mDirectArray && mIndexArray;
 }
 

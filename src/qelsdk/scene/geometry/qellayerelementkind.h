@@ -1,4 +1,4 @@
-// The factory every element kind shares.
+// The factory every element kind shares, and the helpers of the factories.
 #ifndef QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 #define QELSDK_SRC_SCENE_GEOMETRY_QELLAYERELEMENTKIND_H
 
@@ -7,6 +7,7 @@
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
+#include <qelsdk/scene/geometry/qellayerelement.h>
 
 #include <cstring>
 
@@ -17,6 +18,17 @@ namespace internal {
 inline bool QelHasName(const QelLayerElement& pElement, const char* pName)
 {
     return !pName || std::strcmp(pElement.GetName(), pName) == 0;
+}
+
+// A typed array of pType with its storage, or null with nothing left allocated.
+template <class T> QelLayerElementArrayTemplate<T>* QelNewArray(EQelType pType)
+{
+    auto* lArray = QelNew<QelLayerElementArrayTemplate<T>>(pType);
+    if (lArray && !lArray->GetImplementation()) {
+        QelDelete(lArray);
+        return nullptr;
+    }
+    return lArray;
 }
 
 // Registers pElement with pOwner (none for a null owner); false when the owner's
