@@ -311,13 +311,21 @@ QelLayerElementUserData* MakeSource(QelLayerContainer& pOwner)
     return lSource;
 }
 
-TEST(QelLayerElementUserData, CopyHasItsOwnChannelsWithTheSourceValuesButNoNameModesOrIndices)
+// A mesh holding the element MakeSource makes.
+class QelLayerElementUserDataSource : public ::testing::Test
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lSource = MakeSource(lMesh);
-    ASSERT_NE(lSource, nullptr);
+protected:
+    void SetUp() override { ASSERT_NE(mSource, nullptr); }
+
+    QelMesh mMesh{"mesh"};
+    QelLayerElementUserData* mSource = MakeSource(mMesh);
+};
+
+TEST_F(QelLayerElementUserDataSource,
+       CopyHasItsOwnChannelsWithTheSourceValuesButNoNameModesOrIndices)
+{
     ReportCapture lReports;
-    QelLayerElementUserData* lCopy = QelLayerElementUserData::Create(&lMesh, *lSource);
+    QelLayerElementUserData* lCopy = QelLayerElementUserData::Create(&mMesh, *mSource);
     ASSERT_NE(lCopy, nullptr);
     EXPECT_TRUE(lReports.Reports().empty());
     ExpectWhole(*lCopy, true);
@@ -326,32 +334,29 @@ TEST(QelLayerElementUserData, CopyHasItsOwnChannelsWithTheSourceValuesButNoNameM
     EXPECT_EQ(lCopy->GetMappingMode(), QelLayerElement::eNone);
     EXPECT_EQ(lCopy->GetReferenceMode(), QelLayerElement::eDirect);
     EXPECT_EQ(lCopy->GetDirectArray().GetDataType(), QelLayerElementUserDataDT.GetType());
-    EXPECT_EQ(lCopy->GetOwner(), &lMesh);
-    EXPECT_EQ(ListOf(lMesh), (Elements{lSource, lCopy}));
-    EXPECT_NE(lCopy->GetDirectArrayVoid(0), lSource->GetDirectArrayVoid(0));
-    EXPECT_NE(lCopy->GetDirectArrayVoid(1), lSource->GetDirectArrayVoid(1));
+    EXPECT_EQ(lCopy->GetOwner(), &mMesh);
+    EXPECT_EQ(ListOf(mMesh), (Elements{mSource, lCopy}));
+    EXPECT_NE(lCopy->GetDirectArrayVoid(0), mSource->GetDirectArrayVoid(0));
+    EXPECT_NE(lCopy->GetDirectArrayVoid(1), mSource->GetDirectArrayVoid(1));
     Channel<int>(*lCopy, 0).SetAt(0, 9);
     EXPECT_EQ(ValuesOf<int>(*lCopy, 0), (std::vector<int>{9, 2, 3}));
-    EXPECT_EQ(ValuesOf<int>(*lSource, 0), (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(ValuesOf<int>(*mSource, 0), (std::vector<int>{1, 2, 3}));
     lCopy->SetReferenceMode(QelLayerElement::eIndexToDirect);
     EXPECT_EQ(lCopy->GetIndexArray().GetCount(), 0);
-    EXPECT_EQ(lSource->GetIndexArray().GetCount(), 2);
+    EXPECT_EQ(mSource->GetIndexArray().GetCount(), 2);
     EXPECT_TRUE(lReports.Reports().empty());
 }
 
-TEST(QelLayerElementUserData, CopyConstructedDirectlyBelongsToItsHolder)
+TEST_F(QelLayerElementUserDataSource, CopyConstructedDirectlyBelongsToItsHolder)
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lSource = MakeSource(lMesh);
-    ASSERT_NE(lSource, nullptr);
     ReportCapture lReports;
     {
-        QelLayerElementUserData lCopy(*lSource);
+        QelLayerElementUserData lCopy(*mSource);
         ExpectWhole(lCopy, true);
         EXPECT_EQ(lCopy.GetOwner(), nullptr);
         EXPECT_STREQ(lCopy.GetName(), "");
     }
-    EXPECT_EQ(ListOf(lMesh), (Elements{lSource}));
+    EXPECT_EQ(ListOf(mMesh), (Elements{mSource}));
     EXPECT_TRUE(lReports.Reports().empty());
 }
 
@@ -372,40 +377,31 @@ TEST(QelLayerElementUserData, CopyReportsChannelsOfAnUnknownType)
     EXPECT_EQ(ListOf(lMesh), (Elements{lSource, lCopy}));
 }
 
-TEST(QelLayerElementUserData, CopyOfAClearedElementHasNoChannels)
+TEST_F(QelLayerElementUserDataSource, CopyOfAClearedElementHasNoChannels)
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lSource = MakeSource(lMesh);
-    ASSERT_NE(lSource, nullptr);
-    lSource->Clear();
-    QelLayerElementUserData* lCopy = QelLayerElementUserData::Create(&lMesh, *lSource);
+    mSource->Clear();
+    QelLayerElementUserData* lCopy = QelLayerElementUserData::Create(&mMesh, *mSource);
     ASSERT_NE(lCopy, nullptr);
     EXPECT_EQ(lCopy->GetDirectArrayCount(), 0);
     EXPECT_EQ(lCopy->MemorySize(), 4);
 }
 
-TEST(QelLayerElementUserData, CopyReportsAnElementThatCannotBeAllocated)
+TEST_F(QelLayerElementUserDataSource, CopyReportsAnElementThatCannotBeAllocated)
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lSource = MakeSource(lMesh);
-    ASSERT_NE(lSource, nullptr);
     ReportCapture lReports;
     AllocationFailure lFailure;
     lFailure.FailAt(1);
-    EXPECT_EQ(QelLayerElementUserData::Create(&lMesh, *lSource), nullptr);
+    EXPECT_EQ(QelLayerElementUserData::Create(&mMesh, *mSource), nullptr);
     EXPECT_EQ(lFailure.Failed(), 1);
     EXPECT_EQ(lReports.Reports(), Reports{kNoElement});
-    EXPECT_EQ(ListOf(lMesh), (Elements{lSource}));
+    EXPECT_EQ(ListOf(mMesh), (Elements{mSource}));
 }
 
-TEST(QelLayerElementUserData, CopyRefusesEveryAllocationThatFails)
+TEST_F(QelLayerElementUserDataSource, CopyRefusesEveryAllocationThatFails)
 {
-    QelMesh lSourceMesh("source");
-    QelLayerElementUserData* lSource = MakeSource(lSourceMesh);
-    ASSERT_NE(lSource, nullptr);
     ExpectEveryFailedAllocationRefused(
-        [&](QelMesh& pMesh) { return QelLayerElementUserData::Create(&pMesh, *lSource); }, true);
-    ExpectWhole(*lSource, true);
+        [&](QelMesh& pMesh) { return QelLayerElementUserData::Create(&pMesh, *mSource); }, true);
+    ExpectWhole(*mSource, true);
 }
 
 TEST(QelLayerElementUserData, ConstructedDirectlyItHasNoChannelsUntilItsArraysAreMade)
@@ -480,41 +476,36 @@ TEST(QelLayerElementUserData, GetDirectArrayVoidRefusesMinusOneWhileTheCountCann
     EXPECT_TRUE(lReports.Reports().empty());
 }
 
-TEST(QelLayerElementUserData, ClearLeavesNoChannelsNamesOrTypes)
+TEST_F(QelLayerElementUserDataSource, ClearLeavesNoChannelsNamesOrTypes)
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lElement = MakeSource(lMesh);
-    ASSERT_NE(lElement, nullptr);
     ReportCapture lReports;
-    EXPECT_TRUE(lElement->Clear());
-    EXPECT_EQ(lElement->GetDirectArrayCount(), 0);
-    EXPECT_EQ(lElement->GetDataTypeCount(), 0);
-    EXPECT_EQ(lElement->GetDataNameCount(), 0);
-    EXPECT_EQ(lElement->GetIndexArray().GetCount(), 0);
-    EXPECT_EQ(lElement->MemorySize(), 4);
+    EXPECT_TRUE(mSource->Clear());
+    EXPECT_EQ(mSource->GetDirectArrayCount(), 0);
+    EXPECT_EQ(mSource->GetDataTypeCount(), 0);
+    EXPECT_EQ(mSource->GetDataNameCount(), 0);
+    EXPECT_EQ(mSource->GetIndexArray().GetCount(), 0);
+    EXPECT_EQ(mSource->MemorySize(), 4);
     bool lStatus = false;
-    EXPECT_EQ(lElement->GetDirectArrayVoid(0, &lStatus), nullptr);
+    EXPECT_EQ(mSource->GetDirectArrayVoid(0, &lStatus), nullptr);
     EXPECT_TRUE(lStatus);
-    EXPECT_TRUE(lElement->Clear());
-    EXPECT_EQ(lElement->MemorySize(), 4);
+    EXPECT_TRUE(mSource->Clear());
+    EXPECT_EQ(mSource->MemorySize(), 4);
     EXPECT_TRUE(lReports.Reports().empty());
-    EXPECT_EQ(ListOf(lMesh), (Elements{lElement}));
-    lElement->Destroy();
-    EXPECT_EQ(lMesh.GetLayerElementCount(), 0);
+    EXPECT_EQ(ListOf(mMesh), (Elements{mSource}));
+    mSource->Destroy();
+    EXPECT_EQ(mMesh.GetLayerElementCount(), 0);
 }
 
-TEST(QelLayerElementUserData, MemorySizeCountsPointersIndicesIdTypesAndNames)
+TEST_F(QelLayerElementUserDataSource, MemorySizeCountsPointersIndicesIdTypesAndNames)
 {
-    QelMesh lMesh("mesh");
-    QelLayerElementUserData* lElement = MakeSource(lMesh);
-    ASSERT_NE(lElement, nullptr);
     // 2 channel pointers, 2 indices, the id, 2 types and 2 names; the channels' own
     // values are not counted.
-    EXPECT_EQ(lElement->MemorySize(), 2 * 8 + 2 * 4 + 4 + 2 * 16 + 2 * 8);
+    EXPECT_EQ(mSource->MemorySize(), 2 * 8 + 2 * 4 + 4 + 2 * 16 + 2 * 8);
     Layout lLayout({QelIntDT}, {"a", "b"});
     ReportCapture lReports;
-    QelLayerElementUserData* lMismatched = Make(&lMesh, lLayout);
+    QelLayerElementUserData* lMismatched = Make(&mMesh, lLayout);
     ASSERT_NE(lMismatched, nullptr);
+    EXPECT_EQ(lReports.Reports(), Reports{kMismatch});
     EXPECT_EQ(lMismatched->MemorySize(), 8 + 4 + 16 + 2 * 8);
 }
 

@@ -41,9 +41,10 @@ public:
 
     // Keeps pId, a copy of the types and a copy of each name; reports differing counts
     // ("pDataTypes.GetCount() == pDataNames.GetCount()") and goes on. Neither the data
-    // type nor the arrays are set: Create does that, and an element constructed
-    // directly has no arrays and no channels until AllocateArrays. A name that cannot
-    // be allocated ends the names there.
+    // type nor the arrays are set: Create does that. An element constructed directly
+    // has no arrays and no channels until SetType(&QelLayerElementUserDataDT) and
+    // AllocateArrays, is in no container's list and belongs to its holder. A name
+    // that cannot be allocated ends the names there.
     QelLayerElementUserData(int pId, QelArray<QelDataType>& pDataTypes,
                             QelArray<const char*>& pDataNames);
     // Copies the identifier, the types and the names, makes this element's own channel
@@ -58,7 +59,7 @@ public:
 
     // Frees every channel array and every name, empties the types and names, then
     // empties the direct and index arrays. Always true. The element then has no
-    // channels and no types, and AllocateArrays cannot give it new ones.
+    // channels and no types, and AllocateArrays gives it none.
     bool Clear() override;
     // The template's value + 4 for the identifier + 16 per type + 8 per name, in
     // 32-bit arithmetic. The contents of the channel arrays are not counted.
@@ -118,7 +119,7 @@ private:
     // Whether every channel that both elements have holds as many values here as in
     // pOther.
     bool HasValuesOf(const QelLayerElementUserData& pOther) const;
-    // Frees pElement (null included) unless it is whole and pOwner's list takes it.
+    // Frees pElement unless it is whole and pOwner's list takes it.
     static QelLayerElementUserData* Register(QelLayerElementUserData* pElement, bool pWhole,
                                              QelLayerContainer* pOwner);
 };
