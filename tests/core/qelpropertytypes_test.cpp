@@ -111,5 +111,23 @@ TEST(QelTypeOf, PointersAreReferences)
     EXPECT_EQ(QelTypeOf(lTexture), eQelReference);
 }
 
+// Whether QelTypeOf takes a T.
+template <class T, class = void> struct HasTag : std::false_type
+{
+};
+template <class T>
+struct HasTag<T, decltype(void(QelTypeOf(std::declval<const T&>())))> : std::true_type
+{
+};
+
+// A pointer whose class declares no tag does not fall back to the bool overload.
+TEST(QelTypeOf, UntaggedPointersHaveNoTag)
+{
+    static_assert(!HasTag<int*>::value, "an int pointer has no tag");
+    static_assert(!HasTag<QelString*>::value, "a string pointer has no tag");
+    static_assert(HasTag<unsigned long long*>::value, "");
+    EXPECT_EQ(QelTypeOf(static_cast<void*>(nullptr)), eQelReference);
+}
+
 } // namespace
 } // namespace qelsdk

@@ -60,6 +60,10 @@ inline EQelType QelTypeOf(const QelVector2&) { return eQelDouble2; }
 inline EQelType QelTypeOf(const QelVector4&) { return eQelDouble4; }
 inline EQelType QelTypeOf(const QelColor&) { return eQelDouble4; }
 inline EQelType QelTypeOf(unsigned long long* const&) { return eQelReference; }
+inline EQelType QelTypeOf(void* const&) { return eQelReference; }
+// Other pointers are tagged beside their classes. Without this, a pointer whose
+// class header is not included would convert to bool and be tagged eQelBool.
+template <class T> EQelType QelTypeOf(T* const&) = delete;
 
 } // namespace qelsdk
 

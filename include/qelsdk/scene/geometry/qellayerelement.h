@@ -20,13 +20,13 @@
 #include <qelsdk/core/qelstring.h>
 #include <qelsdk/core/qelvector.h>
 #include <qelsdk/scene/geometry/qellayerelementarray.h>
+#include <qelsdk/scene/qelsurfacematerial.h>
+#include <qelsdk/scene/qeltexture.h>
 
 namespace qelsdk {
 
 class QelLayerContainer;
 class QelStream;
-class QelSurfaceMaterial;
-class QelTexture;
 
 class QelLayerElement
 {

@@ -9,6 +9,7 @@
 #include <qelsdk/core/qelpropertytypes.h>
 #include <qelsdk/core/qelstream.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
+#include <qelsdk/scene/geometry/qellayerelement.h>
 
 #include <cstring>
 
