@@ -370,5 +370,29 @@ TEST_F(LayerTest, CloneSkipsAnUVSlotThatIsNotTheDiffuseUVs)
     EXPECT_TRUE(ListOf(lTarget).empty());
 }
 
+// User data copies through its copying factory and then takes the source's name.
+TEST_F(LayerTest, CloneCopiesUserDataWithItsName)
+{
+    QelArray<QelDataType> lTypes;
+    lTypes.Add(QelDoubleDT);
+    QelArray<const char*> lNames;
+    lNames.Add("height");
+    QelLayerElementUserData* lUserData =
+        QelLayerElementUserData::Create(&mMesh, "user", 3, lTypes, lNames);
+    ASSERT_NE(lUserData, nullptr);
+    QelGetDirectArray<double>(lUserData, 0).Add(2.5);
+    mLayer->SetUserData(lUserData);
+    QelMesh lTarget("target");
+    QelLayer* lCopy = lTarget.GetLayer(lTarget.CreateLayer());
+    lCopy->Clone(*mLayer);
+    QelLayerElementUserData* lCopied = lCopy->GetUserData();
+    ASSERT_NE(lCopied, nullptr);
+    EXPECT_NE(lCopied, lUserData);
+    EXPECT_STREQ(lCopied->GetName(), "user");
+    EXPECT_EQ(lCopied->GetOwner(), &lTarget);
+    EXPECT_EQ(QelGetDirectArray<double>(lCopied, 0).GetAt(0), 2.5);
+    EXPECT_NE(lCopied->GetDirectArrayVoid(0), lUserData->GetDirectArrayVoid(0));
+}
+
 } // namespace
 } // namespace qelsdk

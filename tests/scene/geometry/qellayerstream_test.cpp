@@ -429,5 +429,53 @@ TEST_F(StreamTest, EveryKindRoundTripsThroughAFile)
     ExpectSameContent(*mLayer, *lRead);
 }
 
+// A user data element with one int channel holding 4.
+QelLayerElementUserData* MakeUserData(QelLayerContainer& pOwner)
+{
+    QelArray<QelDataType> lTypes;
+    lTypes.Add(QelIntDT);
+    QelArray<const char*> lNames;
+    lNames.Add("weight");
+    QelLayerElementUserData* lUserData =
+        QelLayerElementUserData::Create(&pOwner, "user", 7, lTypes, lNames);
+    bool lStatus = false;
+    QelGetDirectArray<int>(lUserData, 0, &lStatus).Add(4);
+    return lUserData;
+}
+
+// User data streams its direct array (channel addresses) and base fields only. A
+// fresh layer cannot create it: the record's content is left unread and the records
+// after it are misread, so the visibility record is not recognised.
+TEST_F(StreamTest, UserDataReadsOnlyIntoALayerThatHasIt)
+{
+    QelLayerElementUserData* lWritten = MakeUserData(mMesh);
+    mLayer->SetUserData(lWritten);
+    mLayer->CreateLayerElementOfType(Element::eVisibility);
+    QelMemoryStream lStream;
+    ASSERT_TRUE(mLayer->ContentWriteTo(lStream));
+    EXPECT_EQ(lStream.GetSize(), 235 + (4 + 8 + 4 + 12 + 4) + (4 + 4 + 12));
+    {
+        ReportCapture lCapture;
+        QelLayer* lRead = FreshLayer();
+        lRead->ContentReadFrom(lStream);
+        EXPECT_EQ(lCapture.Reports(), std::vector<Report>{kSource.Message(
+                                          "CreateLayerElementOfType", "Need to be implemented!")});
+        EXPECT_EQ(lRead->GetUserData(), nullptr);
+        EXPECT_EQ(lRead->GetVisibility(), nullptr);
+    }
+    lStream.Rewind();
+    QelLayer* lRead = FreshLayer();
+    QelLayerElementUserData* lTarget = MakeUserData(*mReadMesh);
+    lRead->SetUserData(lTarget);
+    void* const lOwnChannel = lTarget->GetDirectArrayVoid(0);
+    ASSERT_TRUE(lRead->ContentReadFrom(lStream));
+    EXPECT_STREQ(lTarget->GetName(), "user");
+    EXPECT_NE(lRead->GetVisibility(), nullptr);
+    // The entry is now the writer's channel array, an address meaningful in this
+    // process only; the element gets its own back before both are destroyed.
+    EXPECT_EQ(lTarget->GetDirectArrayVoid(0), lWritten->GetDirectArrayVoid(0));
+    lTarget->GetDirectArray().SetAt(0, lOwnChannel);
+}
+
 } // namespace
 } // namespace qelsdk
