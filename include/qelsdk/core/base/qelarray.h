@@ -129,8 +129,9 @@ public:
     }
 
     // Removes the item at pIndex and returns it. A bad index is reported and the
-    // size still goes down by one, as callers of this array have always seen it;
-    // only the item move is skipped for a negative index, which has no slot.
+    // size still goes down by one, deliberately: callers that remove past the end
+    // count on the size dropping. Only the item move is skipped for a negative
+    // index, which has no slot.
     T RemoveAt(int pIndex)
     {
         const T lItem = GetAt(pIndex);
