@@ -53,6 +53,12 @@ MemoryRecorder* sHandingOn = nullptr;
 
 struct MemoryRecorderAccess
 {
+    static void Forget(std::vector<void*>& pBlocks, void* pBlock)
+    {
+        const auto lFound = std::find(pBlocks.begin(), pBlocks.end(), pBlock);
+        if (lFound != pBlocks.end()) pBlocks.erase(lFound);
+    }
+
     static MemoryRecorder& Current() { return sHandingOn ? *sHandingOn : *sInnermost; }
 
     // Runs pCall with the handlers of the recorder after pRecorder as the next ones.
@@ -72,6 +78,7 @@ struct MemoryRecorderAccess
                            ? nullptr
                            : HandOn(lRecorder, [&] { return lRecorder.mPreviousMalloc(pSize); });
         lRecorder.mAllocations.push_back({pSize, lBlock, false, nullptr});
+        if (lBlock) lRecorder.mLive.push_back(lBlock);
         return lBlock;
     }
 
@@ -82,6 +89,10 @@ struct MemoryRecorderAccess
             return lRecorder.mPreviousRealloc(pBlock, pSize);
         });
         lRecorder.mAllocations.push_back({pSize, lBlock, true, pBlock});
+        if (lBlock) {
+            Forget(lRecorder.mLive, pBlock);
+            lRecorder.mLive.push_back(lBlock);
+        }
         return lBlock;
     }
 
@@ -89,6 +100,7 @@ struct MemoryRecorderAccess
     {
         MemoryRecorder& lRecorder = Current();
         lRecorder.mFrees.push_back(pBlock);
+        Forget(lRecorder.mLive, pBlock);
         HandOn(lRecorder, [&] {
             lRecorder.mPreviousFree(pBlock);
             return 0;
@@ -219,6 +231,13 @@ std::vector<void*> MemoryRecorder::Addresses() const
     return lAddresses;
 }
 
+const std::vector<void*>& MemoryRecorder::Live() const { return mLive; }
+
+int MemoryRecorder::TimesFreed(const void* pBlock) const
+{
+    return static_cast<int>(std::count(mFrees.begin(), mFrees.end(), pBlock));
+}
+
 int MemoryRecorder::Refused() const { return mRefused; }
 
 void MemoryRecorder::RefuseAbove(size_t pBytes)
@@ -239,6 +258,7 @@ void MemoryRecorder::Clear()
 {
     mAllocations.clear();
     mFrees.clear();
+    mLive.clear();
     mRefused = 0;
     RefuseNone();
 }

@@ -137,6 +137,10 @@ public:
     const std::vector<void*>& Frees() const; // in the order they came, nulls excluded
     // The non-null addresses of Allocations(), in order.
     std::vector<void*> Addresses() const;
+    // The blocks handed out and not yet freed nor moved by a QelRealloc, in order.
+    const std::vector<void*>& Live() const;
+    // How often pBlock was handed to QelFree.
+    int TimesFreed(const void* pBlock) const;
     int Refused() const; // requests refused by this recorder
 
     void RefuseAbove(size_t pBytes); // refuse every request for more than pBytes
@@ -154,6 +158,7 @@ private:
     MemoryRecorder* mOuter;
     std::vector<Allocation> mAllocations;
     std::vector<void*> mFrees;
+    std::vector<void*> mLive;
     std::vector<int> mRefuseAt;
     size_t mLimit;
     bool mHasLimit;

@@ -195,6 +195,8 @@ TEST(MemoryRecorder, RecordsRequestsAddressesAndFrees)
     void* lGrown = QelRealloc(lFirst, 200);
     void* lZero = QelMalloc(0);
     void* lFresh = QelRealloc(nullptr, 8);
+    // The block moved by the QelRealloc is no longer live.
+    EXPECT_EQ(lRecorder.Live(), (std::vector<void*>{lGrown, lZero, lFresh}));
     QelFree(lGrown);
     QelFree(nullptr);
     QelFree(lZero);
@@ -214,6 +216,8 @@ TEST(MemoryRecorder, RecordsRequestsAddressesAndFrees)
     EXPECT_EQ(lAllocations[3].mSize, 8u);
     EXPECT_EQ(lRecorder.Addresses(), (std::vector<void*>{lFirst, lGrown, lZero, lFresh}));
     EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lGrown, lZero, lFresh}));
+    EXPECT_EQ(lRecorder.TimesFreed(lGrown), 1);
+    EXPECT_TRUE(lRecorder.Live().empty());
     EXPECT_EQ(lRecorder.Refused(), 0);
 }
 

@@ -321,11 +321,15 @@ TEST(LayerElementArrayImp, ClearFreesBlock)
 {
     LayerElementArrayImp lImp(sizeof(int));
     Fill(lImp, {1, 2, 3});
+    void* const lBlock = lImp.GetHeader();
+    test::MemoryRecorder lRecorder;
     lImp.Clear();
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBlock}));
     EXPECT_EQ(lImp.GetHeader(), nullptr);
     EXPECT_EQ(lImp.GetCount(), 0);
     EXPECT_EQ(lImp.GetBlockCount(), 0);
     lImp.Clear();
+    EXPECT_EQ(lRecorder.Frees().size(), 1u);
 }
 
 // Counts its destructions in a counter of the test's own.
