@@ -146,7 +146,8 @@ public:
     void RefuseAbove(size_t pBytes); // refuse every request for more than pBytes
     void RefuseAt(int pNumber);      // refuse the pNumber-th request (adds to the list)
     void RefuseNone();               // refuse nothing from now on
-    void Clear();                    // forget the records and the refusals; numbering starts again
+    // Forgets the records (Live() included) and the refusals; numbering starts again.
+    void Clear();
 
 private:
     friend struct MemoryRecorderAccess;
