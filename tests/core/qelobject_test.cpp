@@ -36,11 +36,17 @@ template <class T = QelObject> std::vector<QelObject*> Destinations(const QelObj
 
 using Objects = std::vector<QelObject*>;
 
-// Restores wipe mode whatever a test left behind.
+// Puts back the wipe mode found at construction, whatever the test left behind.
 class WipeModeGuard
 {
 public:
-    ~WipeModeGuard() { QelObject::SetWipeMode(false); }
+    WipeModeGuard() : mPrevious(QelObject::GetWipeMode()) {}
+    ~WipeModeGuard() { QelObject::SetWipeMode(mPrevious); }
+    WipeModeGuard(const WipeModeGuard&) = delete;
+    WipeModeGuard& operator=(const WipeModeGuard&) = delete;
+
+private:
+    bool mPrevious;
 };
 
 TEST(QelObject, KeepsItsName)
@@ -159,23 +165,80 @@ TEST(QelObject, DestructorDisconnectsFromSourcesAndDestinations)
     EXPECT_EQ(Sources(lD), Objects{});
 }
 
-TEST(QelObject, WipeModeDestructionLeavesConnectionsAlone)
+TEST(QelObject, WipeModeIsOffUnlessSet)
 {
     WipeModeGuard lGuard;
     EXPECT_FALSE(QelObject::GetWipeMode());
-    QelObject* lA = QelNew<QelObject>("a");
-    QelObject* lB = QelNew<QelObject>("b");
-    ASSERT_TRUE(lA && lB);
-    lA->ConnectSrcObject(lB);
     QelObject::SetWipeMode(true);
     EXPECT_TRUE(QelObject::GetWipeMode());
-    const QelObject* lGone = lB;
-    QelDelete(lB);
-    // Only the address is compared: the connection was not taken down.
-    EXPECT_TRUE(lA->IsConnectedSrcObject(lGone));
-    QelDelete(lA);
     QelObject::SetWipeMode(false);
     EXPECT_FALSE(QelObject::GetWipeMode());
+}
+
+// Connects a source to a destination, destroys one end in wipe mode and checks that
+// the other end's list was left alone: it still names the destroyed object (compared
+// by address only) and its block was neither freed nor moved, while the destroyed
+// object's own list and the object itself went back. The survivor is then destroyed
+// in wipe mode too, as tearing a scene down does.
+void CheckWipeModeDestruction(bool pDestroySource)
+{
+    WipeModeGuard lGuard;
+    test::MemoryRecorder lRecorder;
+    QelObject* lSource = QelNew<QelObject>();
+    QelObject* lDestination = QelNew<QelObject>();
+    ASSERT_TRUE(lSource && lDestination);
+    const size_t lBefore = lRecorder.Allocations().size();
+    ASSERT_TRUE(lDestination->ConnectSrcObject(lSource));
+    // The destination's list of sources grows first, then the source's destinations.
+    ASSERT_EQ(lRecorder.Allocations().size(), lBefore + 2);
+    void* const lSourcesList = lRecorder.Allocations()[lBefore].mAddress;
+    void* const lDestinationsList = lRecorder.Allocations()[lBefore + 1].mAddress;
+    QelObject::SetWipeMode(true);
+    lRecorder.Clear();
+    QelObject* const lGone = pDestroySource ? lSource : lDestination;
+    QelObject* const lKept = pDestroySource ? lDestination : lSource;
+    void* const lGoneList = pDestroySource ? lDestinationsList : lSourcesList;
+    void* const lKeptList = pDestroySource ? lSourcesList : lDestinationsList;
+    QelDelete(lGone);
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lGoneList, static_cast<void*>(lGone)}));
+    EXPECT_TRUE(lRecorder.Allocations().empty());
+    EXPECT_EQ(lRecorder.TimesFreed(lKeptList), 0);
+    if (pDestroySource)
+        EXPECT_TRUE(lKept->IsConnectedSrcObject(lGone));
+    else
+        EXPECT_TRUE(lKept->IsConnectedDstObject(lGone));
+    lRecorder.Clear();
+    QelDelete(lKept);
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lKeptList, static_cast<void*>(lKept)}));
+    EXPECT_TRUE(QelObject::GetWipeMode());
+}
+
+TEST(QelObject, WipeModeDestroyingTheSourceLeavesTheDestinationAlone)
+{
+    CheckWipeModeDestruction(true);
+}
+
+TEST(QelObject, WipeModeDestroyingTheDestinationLeavesTheSourceAlone)
+{
+    CheckWipeModeDestruction(false);
+}
+
+TEST(QelObject, DestroyingOutsideWipeModeDisconnectsBothEnds)
+{
+    WipeModeGuard lGuard;
+    QelObject lSource("source");
+    {
+        QelObject lDestination("destination");
+        ASSERT_TRUE(lDestination.ConnectSrcObject(&lSource));
+        EXPECT_EQ(Destinations(lSource), Objects{&lDestination});
+    }
+    EXPECT_EQ(Destinations(lSource), Objects{});
+    QelObject lDestination("destination");
+    {
+        QelObject lOther("source");
+        ASSERT_TRUE(lDestination.ConnectSrcObject(&lOther));
+    }
+    EXPECT_EQ(Sources(lDestination), Objects{});
 }
 
 TEST(QelObject, TypedCountsAndAccessorsFilterByClass)

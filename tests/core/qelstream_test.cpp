@@ -4,14 +4,21 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
+
+#include <unistd.h>
 
 namespace qelsdk {
 namespace {
 
 using test::AllocationFailure;
+using test::MemoryRecorder;
 
 std::string Content(const QelMemoryStream& pStream)
 {
@@ -139,6 +146,41 @@ TEST(QelMemoryStream, FailedGrowthWritesNothing)
     EXPECT_EQ(lStream.Read(lBuffer, 8), 3);
 }
 
+TEST(QelMemoryStream, WritePastTheSizeLimitAllocatesNothing)
+{
+    QelMemoryStream lStream;
+    ASSERT_EQ(lStream.Write("abc", 3), 3);
+    MemoryRecorder lRecorder;
+    // 3 + (INT_MAX - 2) bytes cannot be counted: refused before any request.
+    EXPECT_EQ(lStream.Write("x", INT_MAX - 2), 0);
+    EXPECT_TRUE(lRecorder.Allocations().empty());
+    EXPECT_EQ(Content(lStream), "abc");
+}
+
+TEST(QelMemoryStream, RefusedGrowthToTheSizeLimitKeepsTheContent)
+{
+    QelMemoryStream lStream;
+    ASSERT_EQ(lStream.Write("abc", 3), 3);
+    const char* const lBlock = lStream.GetData();
+    MemoryRecorder lRecorder;
+    lRecorder.RefuseAbove(1 << 20);
+    // Exactly INT_MAX bytes in all: one request for all of them, refused.
+    EXPECT_EQ(lStream.Write("x", INT_MAX - 3), 0);
+    ASSERT_EQ(lRecorder.Allocations().size(), 1u);
+    EXPECT_EQ(lRecorder.Allocations()[0].mSize, static_cast<size_t>(INT_MAX));
+    EXPECT_TRUE(lRecorder.Allocations()[0].mRealloc);
+    EXPECT_EQ(lRecorder.Allocations()[0].mOldBlock, lBlock);
+    EXPECT_EQ(lRecorder.Allocations()[0].mAddress, nullptr);
+    EXPECT_EQ(lStream.GetData(), lBlock);
+    EXPECT_EQ(Content(lStream), "abc");
+    // The capacity did not change: the next byte doubles it from 3.
+    EXPECT_EQ(lStream.Write("d", 1), 1);
+    ASSERT_EQ(lRecorder.Allocations().size(), 2u);
+    EXPECT_EQ(lRecorder.Allocations()[1].mSize, 6u);
+    EXPECT_EQ(Content(lStream), "abcd");
+    EXPECT_TRUE(lRecorder.Frees().empty());
+}
+
 TEST(QelMemoryStream, ConstructedFromDataIsAReadableCopy)
 {
     char lSource[] = "payload";
@@ -163,13 +205,27 @@ TEST(QelMemoryStream, ConstructedFromDataIsEmptyWhenTheCopyFails)
     EXPECT_EQ(QelMemoryStream("abc", -1).GetSize(), 0);
 }
 
-// A file under the test's temporary directory, removed at the end.
+// A file of the test's own in the temporary directory: named after the test and the
+// process, so that tests running side by side never share one. Only that file is
+// removed at the end.
 class QelFileStreamTest : public ::testing::Test
 {
 protected:
-    void TearDown() override { std::remove(mPath.c_str()); }
+    static std::string OwnPath(const char* pSuffix)
+    {
+        const ::testing::TestInfo* lTest = ::testing::UnitTest::GetInstance()->current_test_info();
+        const std::string lName = std::string("qelstream_") + lTest->test_suite_name() + "_" +
+                                  lTest->name() + "_" + std::to_string(::getpid()) + pSuffix;
+        return (std::filesystem::temp_directory_path() / lName).string();
+    }
 
-    const std::string mPath = ::testing::TempDir() + "qelfilestream_test.bin";
+    void TearDown() override
+    {
+        std::error_code lError;
+        std::filesystem::remove(mPath, lError);
+    }
+
+    const std::string mPath = OwnPath(".bin");
 };
 
 TEST_F(QelFileStreamTest, RoundTrip)
@@ -210,7 +266,7 @@ TEST_F(QelFileStreamTest, ShortReadAtTheEnd)
 
 TEST_F(QelFileStreamTest, FailedOpen)
 {
-    const std::string lMissing = ::testing::TempDir() + "no-such-directory/file.bin";
+    const std::string lMissing = OwnPath("-missing") + "/file.bin";
     QelFileStream lStream(lMissing.c_str(), "rb");
     EXPECT_FALSE(lStream.IsOpen());
     char lByte = 0;
@@ -218,6 +274,49 @@ TEST_F(QelFileStreamTest, FailedOpen)
     EXPECT_EQ(lStream.Write("a", 1), 0);
     EXPECT_FALSE(QelFileStream(nullptr, "rb").IsOpen());
     EXPECT_FALSE(QelFileStream(mPath.c_str(), nullptr).IsOpen());
+    EXPECT_FALSE(std::filesystem::exists(mPath));
+}
+
+TEST_F(QelFileStreamTest, OpeningForWritingInAMissingDirectoryFails)
+{
+    const std::string lMissing = OwnPath("-missing") + "/file.bin";
+    ASSERT_FALSE(std::filesystem::exists(OwnPath("-missing")));
+    QelFileStream lStream(lMissing.c_str(), "wb");
+    EXPECT_FALSE(lStream.IsOpen());
+    EXPECT_EQ(lStream.Write("abc", 3), 0);
+    EXPECT_FALSE(std::filesystem::exists(lMissing));
+}
+
+TEST_F(QelFileStreamTest, OpeningAReadOnlyFileForWritingFails)
+{
+    if (::geteuid() == 0) GTEST_SKIP() << "root writes to read-only files";
+    std::ofstream(mPath) << "kept";
+    std::filesystem::permissions(mPath, std::filesystem::perms::owner_read);
+    {
+        QelFileStream lStream(mPath.c_str(), "wb");
+        EXPECT_FALSE(lStream.IsOpen());
+        EXPECT_EQ(lStream.Write("abc", 3), 0);
+    }
+    const QelFileStream lStream(mPath.c_str(), "rb");
+    char lBuffer[8] = {};
+    EXPECT_EQ(lStream.Read(lBuffer, 8), 4);
+    EXPECT_EQ(std::string(lBuffer, 4), "kept");
+}
+
+TEST(QelFileStream, ShortWriteToAFullDevice)
+{
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no full device here";
+    // More than any stdio buffer holds, so the refusal of the device shows in the
+    // count.
+    const int lSize = 1 << 20;
+    const std::vector<char> lData(lSize, 'a');
+    QelFileStream lStream("/dev/full", "wb");
+    ASSERT_TRUE(lStream.IsOpen());
+    const int lWritten = lStream.Write(lData.data(), lSize);
+    EXPECT_GE(lWritten, 0);
+    EXPECT_LT(lWritten, lSize);
+    EXPECT_LT(lStream.Write(lData.data(), lSize), lSize);
+    // Closing the stream, whose last bytes cannot be flushed either, is silent.
 }
 
 } // namespace

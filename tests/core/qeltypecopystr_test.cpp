@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include <cmath>
 #include <limits>
 
@@ -179,19 +181,33 @@ TEST(QelTypeCopyStr, IntegerWithEmbeddedZeroIsRefused)
 
 TEST(QelTypeCopyStr, ReadsBackIntegerText)
 {
-    for (int lValue : {0, 1, -1, 123456, -2147483647 - 1, 2147483647}) {
+    const std::pair<const char*, int> lCases[] = {{"0", 0},
+                                                  {"1", 1},
+                                                  {"-1", -1},
+                                                  {"123456", 123456},
+                                                  {"-2147483648", -2147483647 - 1},
+                                                  {"2147483647", 2147483647}};
+    for (const auto& lCase : lCases) {
+        // The text is the one QelString writes for the value.
+        EXPECT_STREQ(QelString(lCase.second).Buffer(), lCase.first);
         int lRead = 5;
-        EXPECT_TRUE(QelTypeCopyStr(lRead, QelString(lValue)));
-        EXPECT_EQ(lRead, lValue);
+        EXPECT_TRUE(QelTypeCopyStr(lRead, QelString(lCase.first))) << lCase.first;
+        EXPECT_EQ(lRead, lCase.second) << lCase.first;
     }
 }
 
 TEST(QelTypeCopyStr, ReadsBackDoubleText)
 {
-    for (double lValue : {0.1, -2.5, 1e20, 1.0 / 3.0, 5e-324}) {
+    const std::pair<const char*, double> lCases[] = {{"0.1", 0.1},
+                                                     {"-2.5", -2.5},
+                                                     {"1e+20", 1e20},
+                                                     {"0.3333333333333333", 1.0 / 3.0},
+                                                     {"5e-324", 5e-324}};
+    for (const auto& lCase : lCases) {
+        EXPECT_STREQ(QelString(lCase.second).Buffer(), lCase.first);
         double lRead = 5.0;
-        EXPECT_TRUE(QelTypeCopyStr(lRead, QelString(lValue)));
-        EXPECT_EQ(lRead, lValue);
+        EXPECT_TRUE(QelTypeCopyStr(lRead, QelString(lCase.first))) << lCase.first;
+        EXPECT_EQ(lRead, lCase.second) << lCase.first;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "support/qeltestsupport.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace qelsdk {
@@ -22,6 +23,9 @@ struct FailureState
     bool mFailFrom = false;
 };
 FailureState sFailure;
+// Where the granted requests go: the handlers installed before the AllocationFailure.
+QelMallocProc sFailureMalloc = nullptr;
+QelReallocProc sFailureRealloc = nullptr;
 
 bool ShouldFail()
 {
@@ -33,13 +37,76 @@ bool ShouldFail()
     return lFail;
 }
 
-void* FailingMalloc(size_t pSize) { return ShouldFail() ? nullptr : std::malloc(pSize); }
+void* FailingMalloc(size_t pSize) { return ShouldFail() ? nullptr : sFailureMalloc(pSize); }
 void* FailingRealloc(void* pBlock, size_t pSize)
 {
-    return ShouldFail() ? nullptr : std::realloc(pBlock, pSize);
+    return ShouldFail() ? nullptr : sFailureRealloc(pBlock, pSize);
 }
 
+// The recorder installed last, and the recorder the next call of a recording handler
+// belongs to while a recorder hands a request on (null outside of that): a request
+// goes through every recorder from the innermost out, each with its own records.
+MemoryRecorder* sInnermost = nullptr;
+MemoryRecorder* sHandingOn = nullptr;
+
 } // namespace
+
+struct MemoryRecorderAccess
+{
+    static void Forget(std::vector<void*>& pBlocks, void* pBlock)
+    {
+        const auto lFound = std::find(pBlocks.begin(), pBlocks.end(), pBlock);
+        if (lFound != pBlocks.end()) pBlocks.erase(lFound);
+    }
+
+    static MemoryRecorder& Current() { return sHandingOn ? *sHandingOn : *sInnermost; }
+
+    // Runs pCall with the handlers of the recorder after pRecorder as the next ones.
+    template <class Call> static auto HandOn(MemoryRecorder& pRecorder, Call pCall)
+    {
+        MemoryRecorder* const lSaved = sHandingOn;
+        sHandingOn = pRecorder.mOuter;
+        auto lResult = pCall();
+        sHandingOn = lSaved;
+        return lResult;
+    }
+
+    static void* Malloc(size_t pSize)
+    {
+        MemoryRecorder& lRecorder = Current();
+        void* lBlock = lRecorder.ShouldRefuse(pSize)
+                           ? nullptr
+                           : HandOn(lRecorder, [&] { return lRecorder.mPreviousMalloc(pSize); });
+        lRecorder.mAllocations.push_back({pSize, lBlock, false, nullptr});
+        if (lBlock) lRecorder.mLive.push_back(lBlock);
+        return lBlock;
+    }
+
+    static void* Realloc(void* pBlock, size_t pSize)
+    {
+        MemoryRecorder& lRecorder = Current();
+        void* lBlock = lRecorder.ShouldRefuse(pSize) ? nullptr : HandOn(lRecorder, [&] {
+            return lRecorder.mPreviousRealloc(pBlock, pSize);
+        });
+        lRecorder.mAllocations.push_back({pSize, lBlock, true, pBlock});
+        if (lBlock) {
+            Forget(lRecorder.mLive, pBlock);
+            lRecorder.mLive.push_back(lBlock);
+        }
+        return lBlock;
+    }
+
+    static void Free(void* pBlock)
+    {
+        MemoryRecorder& lRecorder = Current();
+        lRecorder.mFrees.push_back(pBlock);
+        Forget(lRecorder.mLive, pBlock);
+        HandOn(lRecorder, [&] {
+            lRecorder.mPreviousFree(pBlock);
+            return 0;
+        });
+    }
+};
 
 std::ostream& operator<<(std::ostream& pStream, const Report& pReport)
 {
@@ -68,6 +135,8 @@ AllocationFailure::AllocationFailure()
       mPreviousRealloc(QelSetReallocHandler(FailingRealloc))
 {
     sFailure = FailureState();
+    sFailureMalloc = mPreviousMalloc;
+    sFailureRealloc = mPreviousRealloc;
 }
 
 AllocationFailure::~AllocationFailure()
@@ -75,6 +144,8 @@ AllocationFailure::~AllocationFailure()
     QelSetMallocHandler(mPreviousMalloc);
     QelSetReallocHandler(mPreviousRealloc);
     sFailure = FailureState();
+    sFailureMalloc = nullptr;
+    sFailureRealloc = nullptr;
 }
 
 void AllocationFailure::FailAt(int pNumber)
@@ -92,6 +163,105 @@ void AllocationFailure::FailFrom(int pNumber)
 void AllocationFailure::FailNone() { sFailure = FailureState(); }
 int AllocationFailure::Count() const { return sFailure.mCount; }
 int AllocationFailure::Failed() const { return sFailure.mFailed; }
+
+namespace {
+
+// Reads a handler by installing the default for a moment.
+template <class Proc> Proc Installed(Proc (*pSet)(Proc))
+{
+    const Proc lInstalled = pSet(nullptr);
+    pSet(lInstalled);
+    return lInstalled;
+}
+
+} // namespace
+
+HandlerGuard::HandlerGuard()
+    : mMalloc(Installed(QelSetMallocHandler)), mRealloc(Installed(QelSetReallocHandler)),
+      mFree(Installed(QelSetFreeHandler)), mAssert(Installed(QelSetAssertProc))
+{
+}
+
+HandlerGuard::~HandlerGuard()
+{
+    QelSetMallocHandler(mMalloc);
+    QelSetReallocHandler(mRealloc);
+    QelSetFreeHandler(mFree);
+    QelSetAssertProc(mAssert);
+}
+
+MemoryRecorder::MemoryRecorder()
+    : mPreviousMalloc(QelSetMallocHandler(MemoryRecorderAccess::Malloc)),
+      mPreviousRealloc(QelSetReallocHandler(MemoryRecorderAccess::Realloc)),
+      mPreviousFree(QelSetFreeHandler(MemoryRecorderAccess::Free)), mOuter(sInnermost), mLimit(0),
+      mHasLimit(false), mRefused(0)
+{
+    sInnermost = this;
+}
+
+MemoryRecorder::~MemoryRecorder()
+{
+    QelSetMallocHandler(mPreviousMalloc);
+    QelSetReallocHandler(mPreviousRealloc);
+    QelSetFreeHandler(mPreviousFree);
+    sInnermost = mOuter;
+}
+
+bool MemoryRecorder::ShouldRefuse(size_t pSize)
+{
+    const int lNumber = static_cast<int>(mAllocations.size()) + 1;
+    const bool lRefuse = (mHasLimit && pSize > mLimit) ||
+                         std::find(mRefuseAt.begin(), mRefuseAt.end(), lNumber) != mRefuseAt.end();
+    if (lRefuse) ++mRefused;
+    return lRefuse;
+}
+
+const std::vector<MemoryRecorder::Allocation>& MemoryRecorder::Allocations() const
+{
+    return mAllocations;
+}
+
+const std::vector<void*>& MemoryRecorder::Frees() const { return mFrees; }
+
+std::vector<void*> MemoryRecorder::Addresses() const
+{
+    std::vector<void*> lAddresses;
+    for (const Allocation& lAllocation : mAllocations)
+        if (lAllocation.mAddress) lAddresses.push_back(lAllocation.mAddress);
+    return lAddresses;
+}
+
+const std::vector<void*>& MemoryRecorder::Live() const { return mLive; }
+
+int MemoryRecorder::TimesFreed(const void* pBlock) const
+{
+    return static_cast<int>(std::count(mFrees.begin(), mFrees.end(), pBlock));
+}
+
+int MemoryRecorder::Refused() const { return mRefused; }
+
+void MemoryRecorder::RefuseAbove(size_t pBytes)
+{
+    mLimit = pBytes;
+    mHasLimit = true;
+}
+
+void MemoryRecorder::RefuseAt(int pNumber) { mRefuseAt.push_back(pNumber); }
+
+void MemoryRecorder::RefuseNone()
+{
+    mRefuseAt.clear();
+    mHasLimit = false;
+}
+
+void MemoryRecorder::Clear()
+{
+    mAllocations.clear();
+    mFrees.clear();
+    mLive.clear();
+    mRefused = 0;
+    RefuseNone();
+}
 
 } // namespace test
 } // namespace qelsdk

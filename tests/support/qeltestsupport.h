@@ -1,10 +1,12 @@
-// Test support: capture of reports and injection of allocation failures.
+// Test support: capture of reports, injection of allocation failures, a record of
+// every memory request and a guard that puts the installed handlers back.
 #ifndef QELSDK_TESTS_SUPPORT_QELTESTSUPPORT_H
 #define QELSDK_TESTS_SUPPORT_QELTESTSUPPORT_H
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -67,7 +69,8 @@ private:
 
 // While alive, counts the allocations (QelMalloc and QelRealloc alike) and makes the
 // ones whose number is listed fail (numbers start at 1). FailFrom(n) fails the n-th
-// and every later one.
+// and every later one. The requests it grants go to the handlers installed before it,
+// so that a MemoryRecorder around it still sees them.
 class AllocationFailure
 {
 public:
@@ -85,6 +88,82 @@ public:
 private:
     QelMallocProc mPreviousMalloc;
     QelReallocProc mPreviousRealloc;
+};
+
+// Puts back, at destruction, the memory handlers and the assertion procedure that
+// were installed at construction, so that a test which replaces them by hand cannot
+// leave its own installed when an assertion ends it early.
+class HandlerGuard
+{
+public:
+    HandlerGuard();
+    ~HandlerGuard();
+    HandlerGuard(const HandlerGuard&) = delete;
+    HandlerGuard& operator=(const HandlerGuard&) = delete;
+
+private:
+    QelMallocProc mMalloc;
+    QelReallocProc mRealloc;
+    QelFreeProc mFree;
+    QelAssertProc mAssert;
+};
+
+// While alive, records every QelMalloc and QelRealloc request with its size and the
+// address it gave, and every block handed to QelFree; requests it does not refuse go
+// on to the handlers installed before it (an AllocationFailure, another recorder or
+// the defaults), frees always do. A refused request allocates nothing: it is recorded
+// with a null address. Recorders nest with each other, with AllocationFailure and with
+// ReportCapture; the previous handlers come back at destruction.
+//
+// Requests are numbered from 1 since construction or the last Clear. QelRealloc of a
+// null block reaches the recorder as a QelMalloc request.
+class MemoryRecorder
+{
+public:
+    struct Allocation
+    {
+        size_t mSize;    // bytes asked for (QelMalloc asks for 1 when given 0)
+        void* mAddress;  // the block handed out; null when refused or failed
+        bool mRealloc;   // a QelRealloc of an existing block
+        void* mOldBlock; // that block; null for QelMalloc
+    };
+
+    MemoryRecorder();
+    ~MemoryRecorder();
+    MemoryRecorder(const MemoryRecorder&) = delete;
+    MemoryRecorder& operator=(const MemoryRecorder&) = delete;
+
+    const std::vector<Allocation>& Allocations() const;
+    const std::vector<void*>& Frees() const; // in the order they came, nulls excluded
+    // The non-null addresses of Allocations(), in order.
+    std::vector<void*> Addresses() const;
+    // The blocks handed out and not yet freed nor moved by a QelRealloc, in order.
+    const std::vector<void*>& Live() const;
+    // How often pBlock was handed to QelFree.
+    int TimesFreed(const void* pBlock) const;
+    int Refused() const; // requests refused by this recorder
+
+    void RefuseAbove(size_t pBytes); // refuse every request for more than pBytes
+    void RefuseAt(int pNumber);      // refuse the pNumber-th request (adds to the list)
+    void RefuseNone();               // refuse nothing from now on
+    // Forgets the records (Live() included) and the refusals; numbering starts again.
+    void Clear();
+
+private:
+    friend struct MemoryRecorderAccess;
+    bool ShouldRefuse(size_t pSize);
+
+    QelMallocProc mPreviousMalloc;
+    QelReallocProc mPreviousRealloc;
+    QelFreeProc mPreviousFree;
+    MemoryRecorder* mOuter;
+    std::vector<Allocation> mAllocations;
+    std::vector<void*> mFrees;
+    std::vector<void*> mLive;
+    std::vector<int> mRefuseAt;
+    size_t mLimit;
+    bool mHasLimit;
+    int mRefused;
 };
 
 } // namespace test

@@ -324,7 +324,11 @@ TEST(QelArray, ResizeInsideOldCapacityKeepsOldBytes)
 TEST(QelArray, ResizeZeroFreesNegativeRefused)
 {
     QelArray<int> lArray = Make({1, 2, 3});
+    test::MemoryRecorder lRecorder;
+    void* const lBlock = lArray.GetArray();
     EXPECT_TRUE(lArray.Resize(0));
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBlock}));
+    EXPECT_TRUE(lRecorder.Allocations().empty());
     EXPECT_EQ(lArray.GetArray(), nullptr);
     EXPECT_EQ(lArray.GetCapacity(), 0);
     lArray.Add(1);
@@ -351,12 +355,16 @@ TEST(QelArray, ResizeOutOfMemoryLeavesArray)
 TEST(QelArray, ClearFreesAndIsIdempotent)
 {
     QelArray<int> lArray = Make({1, 2});
+    test::MemoryRecorder lRecorder;
+    void* const lBlock = lArray.GetArray();
     lArray.Clear();
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBlock}));
     EXPECT_EQ(lArray.GetArray(), nullptr);
     EXPECT_EQ(lArray.Size(), 0);
     EXPECT_EQ(lArray.GetCapacity(), 0);
     lArray.Clear();
     EXPECT_EQ(lArray.GetArray(), nullptr);
+    EXPECT_EQ(lRecorder.Frees().size(), 1u);
 }
 
 TEST(QelArray, AssignmentCopiesBytesAndFits)
@@ -415,7 +423,12 @@ TEST(QelArrayFree, FreesEveryItemAndClears)
     QelArray<void*> lBlocks;
     for (int i = 0; i < 3; ++i)
         lBlocks.Add(QelMalloc(16));
-    QelArrayFree(lBlocks); // leak detection checks the blocks went back
+    test::MemoryRecorder lRecorder;
+    const std::vector<void*> lItems(lBlocks.GetArray(), lBlocks.GetArray() + 3);
+    void* const lStorage = lBlocks.GetArray();
+    QelArrayFree(lBlocks);
+    // Every item, then the array's own block.
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lItems[0], lItems[1], lItems[2], lStorage}));
     EXPECT_EQ(lBlocks.Size(), 0);
     EXPECT_EQ(lBlocks.GetArray(), nullptr);
 }

@@ -27,6 +27,7 @@ void Record(const char* pFile, const char* pFunction, unsigned int pLine, bool p
 
 TEST(QelAssert, FormatsAndHandsToInstalledProcThenReturns)
 {
+    test::HandlerGuard lGuard;
     sSeen = Seen();
     QelAssertProc lPrevious = QelSetAssertProc(Record);
     _QelAssert("src/x", "Fn", 42, true, "value %d of %s", 7, "seven");
@@ -36,20 +37,21 @@ TEST(QelAssert, FormatsAndHandsToInstalledProcThenReturns)
     EXPECT_EQ(sSeen.mLine, 42u);
     EXPECT_TRUE(sSeen.mIsMessage);
     EXPECT_EQ(sSeen.mMessage, "value 7 of seven");
+    EXPECT_NE(lPrevious, Record);
     EXPECT_EQ(QelSetAssertProc(lPrevious), Record);
 }
 
 TEST(QelAssert, NullRestoresDefaultWhichWritesOneLineToStderr)
 {
-    QelAssertProc lPrevious = QelSetAssertProc(Record);
-    QelSetAssertProc(nullptr);
+    test::HandlerGuard lGuard;
+    QelSetAssertProc(Record);
+    EXPECT_EQ(QelSetAssertProc(nullptr), Record);
     sSeen = Seen();
     testing::internal::CaptureStderr();
     _QelAssert("include/a", "Op", 3, false, "pIndex >= 0");
     const std::string lOutput = testing::internal::GetCapturedStderr();
     EXPECT_EQ(sSeen.mCalls, 0);
     EXPECT_EQ(lOutput, "include/a(3): Op: assertion failed: pIndex >= 0\n");
-    QelSetAssertProc(lPrevious);
 }
 
 TEST(QelAssert, ReportMacrosPassBareFunctionName)

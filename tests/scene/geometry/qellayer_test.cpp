@@ -126,8 +126,10 @@ TEST(QelLayerElement, DestroyWithCountZeroLeavesTheOwnerAndFrees)
     TestElement* lKept = TestElement::Create(&lContainer);
     TestElement* lElement = TestElement::Create(&lContainer, &lDestroyed);
     ASSERT_TRUE(lKept && lElement);
+    test::MemoryRecorder lRecorder;
     lElement->Destroy();
     EXPECT_EQ(lDestroyed, 1);
+    EXPECT_EQ(lRecorder.TimesFreed(lElement), 1);
     EXPECT_EQ(ListOf(lContainer), Elements{lKept});
 }
 

@@ -9,12 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <vector>
 
 namespace qelsdk {
 namespace {
 
 using test::AllocationFailure;
+using test::MemoryRecorder;
 using test::Report;
 using test::ReportCapture;
 typedef LockAccessStatus Status;
@@ -22,6 +24,14 @@ typedef QelLayerElementArray Array;
 
 const char* const kFile = "src/qelsdk/scene/geometry/qellayer";
 const test::FileReports kReports{kFile};
+
+// The reports of a write refused because a read lock is held: the lock, then the
+// operation that asked for it.
+std::vector<Report> kWriteRefusal(const char* pFunction)
+{
+    return {kReports.Message("ReadWriteLock", "At least one ReadLock is active"),
+            kReports.Message(pFunction, "The array is not write locked")};
+}
 
 QelLayerElementArrayTemplate<int>* MakeInts(std::initializer_list<int> pItems)
 {
@@ -82,35 +92,43 @@ TEST(QelLayerElementArray, WithoutMemoryForStorageEveryOperationRefuses)
     lFailure.FailNone();
     EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Condition(
                                       "QelLayerElementArray", "mImplementation != NULL")}));
+    lCapture.Clear();
     EXPECT_EQ(lArray.GetImplementation(), nullptr);
     int lValue = 5;
     int* lPtr = &lValue;
-    EXPECT_EQ(lArray.GetCount(), 0);
-    EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
-    lArray.SetStatus(Status::eLockAccessOk);
-    EXPECT_FALSE(lArray.GetAt(0, reinterpret_cast<void**>(&lPtr), eQelInt));
-    EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
-    EXPECT_EQ(lArray.Add(1), -1);
-    EXPECT_EQ(lArray.InsertAt(0, &lValue, eQelInt), -1);
-    EXPECT_EQ(lArray.Find(&lValue), -1);
-    lArray.SetCount(3);
-    EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
-    lArray.Resize(3);
-    lArray.AddMultiple(3);
-    lArray.Clear();
-    lArray.SetAt(0, 1);
-    lArray.RemoveLast(reinterpret_cast<void**>(&lPtr));
-    EXPECT_FALSE(lArray.RemoveIt(reinterpret_cast<void**>(&lPtr)));
-    EXPECT_FALSE(lArray.GetLast(reinterpret_cast<void**>(&lPtr)));
-    EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
-    EXPECT_EQ(lArray.GetLocked(Array::eReadLock), nullptr);
-    EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
+    MemoryRecorder lRecorder;
+    // Each operation, from a clean status, refuses with eInvalidRequest.
+    const auto lRefuses = [&](const char* pName, const std::function<void()>& pOperation) {
+        SCOPED_TRACE(pName);
+        lArray.SetStatus(Status::eLockAccessOk);
+        pOperation();
+        EXPECT_EQ(lArray.GetStatus(), Status::eInvalidRequest);
+    };
+    lRefuses("GetCount", [&] { EXPECT_EQ(lArray.GetCount(), 0); });
+    lRefuses("GetAt",
+             [&] { EXPECT_FALSE(lArray.GetAt(0, reinterpret_cast<void**>(&lPtr), eQelInt)); });
+    lRefuses("Add", [&] { EXPECT_EQ(lArray.Add(1), -1); });
+    lRefuses("InsertAt", [&] { EXPECT_EQ(lArray.InsertAt(0, &lValue, eQelInt), -1); });
+    lRefuses("Find", [&] { EXPECT_EQ(lArray.Find(&lValue), -1); });
+    lRefuses("SetCount", [&] { lArray.SetCount(3); });
+    lRefuses("Resize", [&] { lArray.Resize(3); });
+    lRefuses("AddMultiple", [&] { lArray.AddMultiple(3); });
+    lRefuses("Clear", [&] { lArray.Clear(); });
+    lRefuses("SetAt", [&] { lArray.SetAt(0, 1); });
+    lRefuses("RemoveLast", [&] { lArray.RemoveLast(reinterpret_cast<void**>(&lPtr)); });
+    lRefuses("RemoveIt", [&] { EXPECT_FALSE(lArray.RemoveIt(reinterpret_cast<void**>(&lPtr))); });
+    lRefuses("GetLast", [&] { EXPECT_FALSE(lArray.GetLast(reinterpret_cast<void**>(&lPtr))); });
+    lRefuses("GetLocked", [&] { EXPECT_EQ(lArray.GetLocked(Array::eReadLock), nullptr); });
     EXPECT_EQ(lArray.GetReadLockCount(), 0);
+    EXPECT_FALSE(lArray.IsInUse());
     EXPECT_EQ(lArray.GetReference(0), nullptr);
     EXPECT_EQ(lArray.GetDataPtr(), nullptr);
     EXPECT_EQ(&lArray.AsReference(0), &lArray.mFallbackItem);
     EXPECT_EQ(lValue, 5);
-    EXPECT_EQ(lCapture.Reports().size(), 1u);
+    EXPECT_EQ(lPtr, &lValue);
+    // Refusing asks for no memory and reports nothing.
+    EXPECT_TRUE(lRecorder.Allocations().empty());
+    EXPECT_TRUE(lCapture.Reports().empty());
 }
 
 // --- Lock protocol -------------------------------------------------------------------
@@ -298,10 +316,17 @@ TEST_F(Hooked, GetLockedCallsHooksAndReleaseToo)
 
 TEST(QelLayerElementArrayImplementation, SetImplementationReplacesAndDestroysOld)
 {
+    MemoryRecorder lRecorder;
     QelLayerElementArrayTemplate<int> lArray(eQelInt);
     lArray.Add(1);
+    // The storage object, then its block.
+    const std::vector<void*> lOld = lRecorder.Live();
+    ASSERT_EQ(lOld.size(), 2u);
+    EXPECT_EQ(lOld[0], lArray.GetImplementation());
     auto* lImp = QelNew<LayerElementArrayImp>(sizeof(int));
-    lArray.SetImplementation(lImp); // the old storage and its block are freed (leak-checked)
+    lArray.SetImplementation(lImp);
+    // The old storage frees its block, then is freed itself.
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lOld[1], lOld[0]}));
     EXPECT_EQ(lArray.GetImplementation(), lImp);
     EXPECT_EQ(lArray.GetCount(), 0);
     lArray.SetImplementation(nullptr);
@@ -361,13 +386,20 @@ TEST(QelLayerElementArrayGetLocked, WriteLockDiscardsReadWriteKeeps)
 TEST(QelLayerElementArrayGetLocked, ConvertedReadBufferIsFreedNotWrittenBack)
 {
     Ints lArray({1, 2, 3});
+    MemoryRecorder lRecorder;
     float* lFloats = static_cast<float*>(lArray->GetLocked(Array::eReadLock, eQelFloat));
     ASSERT_NE(lFloats, nullptr);
+    // The buffer first, then the list of handed-out buffers.
+    ASSERT_EQ(lRecorder.Allocations().size(), 2u);
+    void* const lBuffer = lRecorder.Allocations()[0].mAddress;
+    EXPECT_TRUE(lRecorder.Frees().empty());
     EXPECT_EQ(std::vector<float>(lFloats, lFloats + 3), (std::vector<float>{1.0f, 2.0f, 3.0f}));
     EXPECT_EQ(lArray->GetStride(), sizeof(float));
     lFloats[0] = 42.0f;
     lArray->Release(reinterpret_cast<void**>(&lFloats), eQelFloat);
     EXPECT_EQ(lFloats, nullptr);
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBuffer}));
+    EXPECT_EQ(lRecorder.Allocations().size(), 2u);
     EXPECT_EQ(lArray->GetStride(), sizeof(int));
     EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2, 3}));
 }
@@ -643,10 +675,54 @@ TEST(QelLayerElementArrayGetLocked, ConvertedBufferOutOfMemory)
 
 TEST(QelLayerElementArrayGetLocked, DestroyingWithBuffersOutFreesThem)
 {
+    MemoryRecorder lRecorder;
     auto* lArray = MakeInts({1, 2, 3});
+    const std::vector<void*> lBefore = lRecorder.Live();
     EXPECT_NE(lArray->GetLocked(Array::eReadLock, eQelDouble), nullptr);
     EXPECT_NE(lArray->GetLocked(Array::eReadLock, eQelString), nullptr); // owning items too
-    QelDelete(lArray); // the leak checker sees both buffers and the strings go back
+    // What locking left allocated: the buffers, the list holding them and the texts.
+    std::vector<void*> lLocking;
+    for (void* lBlock : lRecorder.Live())
+        if (std::find(lBefore.begin(), lBefore.end(), lBlock) == lBefore.end())
+            lLocking.push_back(lBlock);
+    EXPECT_GE(lLocking.size(), 3u);
+    const size_t lLive = lRecorder.Live().size();
+    lRecorder.Clear();
+    QelDelete(lArray);
+    for (void* lBlock : lLocking)
+        EXPECT_EQ(lRecorder.TimesFreed(lBlock), 1) << lBlock;
+    // Every block still allocated goes back once and nothing else is freed.
+    EXPECT_EQ(lRecorder.Frees().size(), lLive);
+    for (void* lBlock : lBefore)
+        EXPECT_EQ(lRecorder.TimesFreed(lBlock), 1) << lBlock;
+    EXPECT_TRUE(lRecorder.Allocations().empty());
+}
+
+TEST(QelLayerElementArrayGetLocked, ConvertedBufferListThatCannotGrow)
+{
+    for (const Array::ELockMode lMode : {Array::eReadLock, Array::eReadWriteLock}) {
+        SCOPED_TRACE(lMode);
+        Ints lArray({1, 2});
+        ReportCapture lCapture;
+        MemoryRecorder lRecorder;
+        // The first request is the buffer, the second the list that keeps it.
+        lRecorder.RefuseAt(2);
+        EXPECT_EQ(lArray->GetLocked(lMode, eQelDouble), nullptr);
+        ASSERT_EQ(lRecorder.Allocations().size(), 2u);
+        EXPECT_EQ(lRecorder.Refused(), 1);
+        EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lRecorder.Allocations()[0].mAddress}));
+        EXPECT_TRUE(lRecorder.Live().empty());
+        // The list reports its own refusal; the conversion adds nothing.
+        EXPECT_EQ(
+            lCapture.Reports(),
+            (std::vector<Report>{test::FileReports{"include/qelsdk/core/base/qelarray"}.Condition(
+                "InsertAt", "lArray")}));
+        EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
+        EXPECT_EQ(lArray->GetReadLockCount(), 0);
+        EXPECT_FALSE(lArray->IsWriteLocked());
+        EXPECT_FALSE(lArray->IsInUse());
+        EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2}));
+    }
 }
 
 TEST(QelLayerElementArrayGetLocked, ConvertDataTypeDirectly)
@@ -668,11 +744,25 @@ TEST(QelLayerElementArrayGetLocked, ConvertDataTypeDirectly)
 TEST(QelLayerElementArrayGetLocked, DataPtrMarksInUseForGood)
 {
     Ints lArray({1, 2});
+    EXPECT_FALSE(lArray->IsInUse());
     void* lItems = lArray->GetDataPtr();
     ASSERT_NE(lItems, nullptr);
     EXPECT_EQ(static_cast<int*>(lItems)[1], 2);
     EXPECT_TRUE(lArray->IsInUse());
     EXPECT_EQ(lArray->GetReadLockCount(), 0);
+    EXPECT_FALSE(lArray->IsWriteLocked());
+    // No lock taken or given back afterwards clears the mark.
+    EXPECT_EQ(lArray->ReadLock(), 1);
+    EXPECT_EQ(lArray->ReadUnlock(), 0);
+    ASSERT_TRUE(lArray->ReadWriteLock());
+    lArray->ReadWriteUnlock();
+    void* lLocked = lArray->GetLocked(Array::eReadWriteLock);
+    EXPECT_EQ(lLocked, lItems);
+    lArray->Release(&lLocked);
+    lArray->SetAt(0, 7);
+    EXPECT_EQ(lArray->GetAt(0), 7);
+    EXPECT_EQ(lArray->GetReadLockCount(), 0);
+    EXPECT_FALSE(lArray->IsWriteLocked());
     EXPECT_TRUE(lArray->IsInUse());
 }
 
@@ -812,9 +902,17 @@ TEST(QelLayerElementArrayOps, InsertAtRefusedLockGivesMinusOne)
     Ints lArray({1});
     lArray->ReadLock();
     ReportCapture lCapture;
+    const int lValue = 3;
+    EXPECT_EQ(lArray->InsertAt(0, &lValue, eQelInt), -1);
+    EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
+    lArray->SetStatus(Status::eLockAccessOk);
     EXPECT_EQ(lArray->Add(2), -1);
     EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    lArray->ReadUnlock();
+    EXPECT_EQ(lCapture.Reports(),
+              (std::vector<Report>{kWriteRefusal("InsertAt")[0], kWriteRefusal("InsertAt")[1],
+                                   kWriteRefusal("InsertAt")[0], kWriteRefusal("InsertAt")[1]}));
+    EXPECT_EQ(lArray->ReadUnlock(), 0);
+    EXPECT_EQ(Items(*lArray), (std::vector<int>{1}));
 }
 
 TEST(QelLayerElementArrayOps, AddOutOfMemory)
@@ -923,17 +1021,60 @@ TEST(QelLayerElementArrayOps, SizingOperations)
     EXPECT_EQ(lArray->GetDataPtr(), nullptr);
 }
 
+// The sizing operations, each with a request that needs more blocks than three items
+// fill.
+const std::pair<const char*, std::function<void(Array&)>> kSizings[] = {
+    {"SetCount", [](Array& pArray) { pArray.SetCount(100); }},
+    {"Resize", [](Array& pArray) { pArray.Resize(100); }},
+    {"AddMultiple", [](Array& pArray) { pArray.AddMultiple(100); }},
+    {"Clear", [](Array& pArray) { pArray.Clear(); }},
+};
+
 TEST(QelLayerElementArrayOps, SizingRefusedUnderReadLock)
 {
-    Ints lArray({1});
-    lArray->ReadLock();
-    ReportCapture lCapture;
-    lArray->Clear();
-    EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
-    EXPECT_EQ(lCapture.Reports().back(),
-              kReports.Message("Clear", "The array is not write locked"));
-    lArray->ReadUnlock();
-    EXPECT_EQ(lArray->GetCount(), 1);
+    for (const auto& lSizing : kSizings) {
+        SCOPED_TRACE(lSizing.first);
+        Ints lArray({1, 2, 3});
+        ASSERT_EQ(lArray->ReadLock(), 1);
+        ReportCapture lCapture;
+        MemoryRecorder lRecorder;
+        lSizing.second(*lArray);
+        EXPECT_EQ(lArray->GetStatus(), Status::eWriteLockRefused);
+        EXPECT_EQ(lCapture.Reports(), kWriteRefusal(lSizing.first));
+        EXPECT_TRUE(lRecorder.Allocations().empty());
+        EXPECT_TRUE(lRecorder.Frees().empty());
+        EXPECT_EQ(lArray->GetReadLockCount(), 1);
+        EXPECT_FALSE(lArray->IsWriteLocked());
+        EXPECT_EQ(lArray->ReadUnlock(), 0);
+        EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2, 3}));
+    }
+}
+
+TEST(QelLayerElementArrayOps, SizingWithoutMemoryKeepsTheItems)
+{
+    for (const auto& lSizing : kSizings) {
+        SCOPED_TRACE(lSizing.first);
+        Ints lArray({1, 2, 3});
+        ReportCapture lCapture;
+        MemoryRecorder lRecorder;
+        lRecorder.RefuseAbove(0);
+        lSizing.second(*lArray);
+        // The lock was granted; the storage refused to grow.
+        EXPECT_EQ(lArray->GetStatus(), Status::eLockAccessOk);
+        EXPECT_TRUE(lCapture.Reports().empty());
+        EXPECT_FALSE(lArray->IsInUse());
+        if (std::string(lSizing.first) == "Clear") {
+            // Clearing only frees: nothing to refuse.
+            EXPECT_TRUE(lRecorder.Allocations().empty());
+            EXPECT_EQ(lRecorder.Frees().size(), 1u);
+            EXPECT_EQ(lArray->GetCount(), 0);
+            continue;
+        }
+        EXPECT_EQ(lRecorder.Refused(), 1);
+        EXPECT_TRUE(lRecorder.Frees().empty());
+        EXPECT_EQ(lArray->GetCount(), 3);
+        EXPECT_EQ(Items(*lArray), (std::vector<int>{1, 2, 3}));
+    }
 }
 
 TEST(QelLayerElementArrayOps, IsEqualComparesBytesOnly)
@@ -1033,6 +1174,9 @@ TEST(QelLayerElementArrayTemplate, AssignmentRefusedUnderReadLock)
     ReportCapture lCapture;
     *lTarget = *lSource;
     EXPECT_EQ(lTarget->GetStatus(), Status::eWriteLockRefused);
+    // The assignment takes its lock through WriteLock, which reports the refusal.
+    EXPECT_EQ(lCapture.Reports(), (std::vector<Report>{kReports.Message(
+                                      "ReadWriteLock", "At least one ReadLock is active")}));
     lTarget->ReadUnlock();
     EXPECT_EQ(Items(*lTarget), (std::vector<int>{5}));
 }

@@ -321,30 +321,42 @@ TEST(LayerElementArrayImp, ClearFreesBlock)
 {
     LayerElementArrayImp lImp(sizeof(int));
     Fill(lImp, {1, 2, 3});
+    void* const lBlock = lImp.GetHeader();
+    test::MemoryRecorder lRecorder;
     lImp.Clear();
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBlock}));
     EXPECT_EQ(lImp.GetHeader(), nullptr);
     EXPECT_EQ(lImp.GetCount(), 0);
     EXPECT_EQ(lImp.GetBlockCount(), 0);
     lImp.Clear();
+    EXPECT_EQ(lRecorder.Frees().size(), 1u);
 }
 
+// Counts its destructions in a counter of the test's own.
 struct CountingImp : LayerElementArrayImp
 {
-    static int sDestroyed;
-    CountingImp() : LayerElementArrayImp(8) {}
-    ~CountingImp() override { ++sDestroyed; }
+    explicit CountingImp(int& pDestroyed) : LayerElementArrayImp(8), mDestroyed(pDestroyed) {}
+    ~CountingImp() override { ++mDestroyed; }
+    int& mDestroyed;
 };
-int CountingImp::sDestroyed = 0;
 
 TEST(LayerElementArrayImp, DestroyedThroughBasePointerFreesBlock)
 {
-    LayerElementArrayImp* lImp = QelNew<CountingImp>();
+    int lDestroyed = 0;
+    test::MemoryRecorder lRecorder;
+    LayerElementArrayImp* lImp = QelNew<CountingImp>(lDestroyed);
     lImp->Resize(10);
     lImp->LockPostProcess(); // the base hooks do nothing
     lImp->UnlockPostProcess();
     EXPECT_EQ(lImp->GetCount(), 10);
+    // The object, then its block.
+    ASSERT_EQ(lRecorder.Allocations().size(), 2u);
+    void* lBlock = lRecorder.Allocations()[1].mAddress;
+    ASSERT_NE(lBlock, nullptr);
     QelDelete(lImp);
-    EXPECT_EQ(CountingImp::sDestroyed, 1);
+    EXPECT_EQ(lDestroyed, 1);
+    // The destructor frees the block, then QelDelete the object.
+    EXPECT_EQ(lRecorder.Frees(), (std::vector<void*>{lBlock, static_cast<void*>(lImp)}));
 }
 
 } // namespace
