@@ -20,86 +20,17 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace qelsdk {
 namespace {
 
+using test::MemoryRecorder;
 using test::Report;
 using test::ReportCapture;
 typedef LockAccessStatus Status;
 typedef QelLayerElementArray Array;
-
-// Records every allocation request and free, and refuses the chosen ones without
-// allocating.
-class MemoryRecorder
-{
-public:
-    struct Allocation
-    {
-        size_t mSize;
-        void* mAddress; // null when refused
-        bool mRealloc;
-    };
-
-    MemoryRecorder()
-        : mMalloc(QelSetMallocHandler(Malloc)), mRealloc(QelSetReallocHandler(Realloc)),
-          mFree(QelSetFreeHandler(Free)), mOuter(sCurrent)
-    {
-        sCurrent = this;
-    }
-    ~MemoryRecorder()
-    {
-        QelSetMallocHandler(mMalloc);
-        QelSetReallocHandler(mRealloc);
-        QelSetFreeHandler(mFree);
-        sCurrent = mOuter;
-    }
-    MemoryRecorder(const MemoryRecorder&) = delete;
-    MemoryRecorder& operator=(const MemoryRecorder&) = delete;
-
-    const std::vector<Allocation>& Allocations() const { return mAllocations; }
-    const std::vector<void*>& Frees() const { return mFrees; }
-    void RefuseAt(int pNumber) { mRefuseAt = pNumber; } // 1 is the next request; 0 none
-    void RefuseAbove(size_t pBytes) { mRefuseAbove = pBytes; }
-
-private:
-    bool Refuses(size_t pSize) const
-    {
-        return pSize > mRefuseAbove || static_cast<int>(mAllocations.size()) + 1 == mRefuseAt;
-    }
-    static void* Malloc(size_t pSize)
-    {
-        void* lBlock = sCurrent->Refuses(pSize) ? nullptr : std::malloc(pSize ? pSize : 1);
-        sCurrent->mAllocations.push_back({pSize, lBlock, false});
-        return lBlock;
-    }
-    static void* Realloc(void* pBlock, size_t pSize)
-    {
-        void* lBlock = sCurrent->Refuses(pSize) ? nullptr : std::realloc(pBlock, pSize ? pSize : 1);
-        sCurrent->mAllocations.push_back({pSize, lBlock, true});
-        return lBlock;
-    }
-    static void Free(void* pBlock)
-    {
-        if (!pBlock) return;
-        sCurrent->mFrees.push_back(pBlock);
-        std::free(pBlock);
-    }
-
-    static MemoryRecorder* sCurrent;
-    QelMallocProc mMalloc;
-    QelReallocProc mRealloc;
-    QelFreeProc mFree;
-    MemoryRecorder* mOuter;
-    std::vector<Allocation> mAllocations;
-    std::vector<void*> mFrees;
-    int mRefuseAt = 0;
-    size_t mRefuseAbove = SIZE_MAX;
-};
-MemoryRecorder* MemoryRecorder::sCurrent = nullptr;
 
 const test::FileReports kReports{"src/qelsdk/scene/geometry/qellayer"};
 const test::FileReports kArrayReports{"include/qelsdk/core/base/qelarray"};
@@ -131,14 +62,6 @@ std::vector<MemoryRecorder::Allocation> MallocsFrom(const MemoryRecorder& pRecor
     for (size_t i = pFirst; i < pRecorder.Allocations().size(); ++i)
         if (!pRecorder.Allocations()[i].mRealloc) lMallocs.push_back(pRecorder.Allocations()[i]);
     return lMallocs;
-}
-
-size_t TimesFreed(const MemoryRecorder& pRecorder, const void* pAddress)
-{
-    size_t lTimes = 0;
-    for (const void* lFreed : pRecorder.Frees())
-        lTimes += lFreed == pAddress;
-    return lTimes;
 }
 
 // Every tag a converted buffer can be asked for, with its storage size.
@@ -200,11 +123,11 @@ TEST_P(ConvertedBuffer, IsTheMallocBlockAndComesBackAtRelease)
         EXPECT_EQ(lMallocs[0].mAddress, lBuffer);
         EXPECT_EQ(lMallocs[0].mSize, lTag.mSize * 3);
         EXPECT_EQ(lArray->GetStride(), lTag.mSize);
-        EXPECT_EQ(TimesFreed(lRecorder, lBuffer), 0u);
+        EXPECT_EQ(lRecorder.TimesFreed(lBuffer), 0);
         void* lHandedOut = lBuffer;
         lArray->Release(&lBuffer, lTag.mType);
         EXPECT_EQ(lBuffer, nullptr);
-        EXPECT_EQ(TimesFreed(lRecorder, lHandedOut), 1u);
+        EXPECT_EQ(lRecorder.TimesFreed(lHandedOut), 1);
         EXPECT_FALSE(lArray->IsInUse());
     }
 }
@@ -219,10 +142,10 @@ TEST_P(ConvertedBuffer, StillOutComesBackAtDestruction)
     ASSERT_NE(lFirst, nullptr);
     ASSERT_NE(lSecond, nullptr);
     EXPECT_NE(lFirst, lSecond);
-    EXPECT_EQ(TimesFreed(lRecorder, lFirst), 0u);
+    EXPECT_EQ(lRecorder.TimesFreed(lFirst), 0);
     QelDelete(lArray);
-    EXPECT_EQ(TimesFreed(lRecorder, lFirst), 1u);
-    EXPECT_EQ(TimesFreed(lRecorder, lSecond), 1u);
+    EXPECT_EQ(lRecorder.TimesFreed(lFirst), 1);
+    EXPECT_EQ(lRecorder.TimesFreed(lSecond), 1);
 }
 
 // Every block allocated while the buffer was out (the items' own memory included) is
@@ -312,7 +235,7 @@ TEST(ConvertedBuffers, FailedWriteBackFreesTheBuffer)
     lTexts[1] = "not a number";
     lArray->Release(reinterpret_cast<void**>(&lTexts), eQelString);
     EXPECT_EQ(lArray->GetStatus(), Status::eCopyBackFailed);
-    EXPECT_EQ(TimesFreed(lRecorder, lHandedOut), 1u);
+    EXPECT_EQ(lRecorder.TimesFreed(lHandedOut), 1);
     double lValue = 0.0;
     void* lItem = &lValue;
     lArray->GetAt(0, &lItem, eQelDouble);
@@ -359,7 +282,7 @@ TEST(ConvertedBuffers, ReleasedAsAnotherOwningTypeWritesNothingBack)
     void* lHandedOut = lTexts;
     lArray->Release(&lTexts, eQelBlob);
     EXPECT_EQ(lArray->GetStatus(), Status::eCopyBackFailed);
-    EXPECT_EQ(TimesFreed(lRecorder, lHandedOut), 1u);
+    EXPECT_EQ(lRecorder.TimesFreed(lHandedOut), 1);
     double lValue = -1.0;
     void* lItem = &lValue;
     lArray->GetAt(0, &lItem, eQelDouble);
@@ -378,12 +301,12 @@ TEST(ConvertedBuffers, BookkeepingThatCannotGrowRefusesTheLock)
         EXPECT_EQ(lArray->GetLocked(Array::eReadLock, eQelFloat), nullptr) << lFailing;
         ASSERT_EQ(lRecorder.Allocations().size(), static_cast<size_t>(lFailing));
         void* lBuffer = lRecorder.Allocations()[0].mAddress;
-        EXPECT_EQ(TimesFreed(lRecorder, lBuffer), 1u);
+        EXPECT_EQ(lRecorder.TimesFreed(lBuffer), 1);
         EXPECT_EQ(lCapture.Reports(),
                   std::vector<Report>{kArrayReports.Condition("InsertAt", "lArray")});
         EXPECT_EQ(lArray->GetReadLockCount(), 0);
         EXPECT_FALSE(lArray->IsInUse());
-        lRecorder.RefuseAt(0);
+        lRecorder.RefuseNone();
         void* lAgain = lArray->GetLocked(Array::eReadLock, eQelFloat);
         ASSERT_NE(lAgain, nullptr);
         lArray->Release(&lAgain, eQelFloat);
