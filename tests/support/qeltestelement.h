@@ -37,16 +37,17 @@ private:
     int* mDestroyed;
 };
 
-// The protected fields of any element.
+// The protected fields of any element, reached through member pointers of the base
+// (no element is cast to this class).
 struct ElementFields : QelLayerElement
 {
     static const QelDataType* TypeOf(const QelLayerElement& pElement)
     {
-        return static_cast<const ElementFields&>(pElement).mType;
+        return pElement.*(&ElementFields::mType);
     }
     static int RefCountOf(const QelLayerElement& pElement)
     {
-        return static_cast<const ElementFields&>(pElement).mRefCount;
+        return pElement.*(&ElementFields::mRefCount);
     }
 };
 

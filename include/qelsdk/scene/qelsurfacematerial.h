@@ -15,23 +15,23 @@ public:
     explicit QelSurfaceMaterial(const char* pName = "");
     ~QelSurfaceMaterial() override;
 
-    static constexpr const char* sDiffuse = "DiffuseColor";
-    static constexpr const char* sDiffuseFactor = "DiffuseFactor";
-    static constexpr const char* sEmissive = "EmissiveColor";
-    static constexpr const char* sEmissiveFactor = "EmissiveFactor";
-    static constexpr const char* sAmbient = "AmbientColor";
-    static constexpr const char* sAmbientFactor = "AmbientFactor";
-    static constexpr const char* sSpecular = "SpecularColor";
-    static constexpr const char* sSpecularFactor = "SpecularFactor";
-    static constexpr const char* sShininess = "Shininess";
-    static constexpr const char* sNormalMap = "NormalMap";
-    static constexpr const char* sBump = "Bump";
-    static constexpr const char* sTransparentColor = "TransparentColor";
-    static constexpr const char* sTransparencyFactor = "TransparencyFactor";
-    static constexpr const char* sReflection = "ReflectionColor";
-    static constexpr const char* sReflectionFactor = "ReflectionFactor";
-    static constexpr const char* sDisplacementColor = "DisplacementColor";
-    static constexpr const char* sVectorDisplacementColor = "VectorDisplacementColor";
+    static const char* const sDiffuse;
+    static const char* const sDiffuseFactor;
+    static const char* const sEmissive;
+    static const char* const sEmissiveFactor;
+    static const char* const sAmbient;
+    static const char* const sAmbientFactor;
+    static const char* const sSpecular;
+    static const char* const sSpecularFactor;
+    static const char* const sShininess;
+    static const char* const sNormalMap;
+    static const char* const sBump;
+    static const char* const sTransparentColor;
+    static const char* const sTransparencyFactor;
+    static const char* const sReflection;
+    static const char* const sReflectionFactor;
+    static const char* const sDisplacementColor;
+    static const char* const sVectorDisplacementColor;
 };
 
 // Arrays of QelSurfaceMaterial pointers are tagged as references.

@@ -2,6 +2,7 @@
 
 #include "qelsdk/scene/geometry/qellayerelementkind.h"
 #include "qelsdk/scene/geometry/qellayerimp.h"
+#include "qelsdk/scene/qelmaterialnames.h"
 
 #include <qelsdk/core/base/qelalloc.h>
 #include <qelsdk/core/base/qelassert.h>
@@ -67,23 +68,23 @@ constexpr const char* const QelLayerElement::sTextureUVNames[17] = {
     "LayerElementVectorDisplacementUV"};
 
 constexpr const char* const QelLayerElement::sTextureChannelNames[17] = {
-    QelSurfaceMaterial::sDiffuse,
-    QelSurfaceMaterial::sDiffuseFactor,
-    QelSurfaceMaterial::sEmissive,
-    QelSurfaceMaterial::sEmissiveFactor,
-    QelSurfaceMaterial::sAmbient,
-    QelSurfaceMaterial::sAmbientFactor,
-    QelSurfaceMaterial::sSpecular,
-    QelSurfaceMaterial::sSpecularFactor,
-    QelSurfaceMaterial::sShininess,
-    QelSurfaceMaterial::sNormalMap,
-    QelSurfaceMaterial::sBump,
-    QelSurfaceMaterial::sTransparentColor,
-    QelSurfaceMaterial::sTransparencyFactor,
-    QelSurfaceMaterial::sReflection,
-    QelSurfaceMaterial::sReflectionFactor,
-    QelSurfaceMaterial::sDisplacementColor,
-    QelSurfaceMaterial::sVectorDisplacementColor};
+    internal::sDiffuseName,
+    internal::sDiffuseFactorName,
+    internal::sEmissiveName,
+    internal::sEmissiveFactorName,
+    internal::sAmbientName,
+    internal::sAmbientFactorName,
+    internal::sSpecularName,
+    internal::sSpecularFactorName,
+    internal::sShininessName,
+    internal::sNormalMapName,
+    internal::sBumpName,
+    internal::sTransparentColorName,
+    internal::sTransparencyFactorName,
+    internal::sReflectionName,
+    internal::sReflectionFactorName,
+    internal::sDisplacementColorName,
+    internal::sVectorDisplacementColorName};
 
 constexpr QelDataType QelLayerElement::sTextureDataTypes[17] = {QelMaterialDiffuseDT,
                                                                 QelMaterialDiffuseFactorDT,
