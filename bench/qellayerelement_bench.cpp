@@ -7,8 +7,8 @@
 //   written; the baseline expands a std::vector<int> the same way. Large blocks are
 //   kept in the heap (see main), so both measure the work and not page faults.
 // - Create then Destroy of one element of each kind, 100 K times, against new and
-//   delete of an object holding two std::vector members.
-#include <qelsdk/scene/geometry/qellayerelement.h>
+//   delete of an object holding three std::vector members.
+#include <qelsdk/scene/geometry/qellayer.h>
 
 #include <qelsdk/scene/geometry/qelmesh.h>
 
@@ -104,12 +104,35 @@ template <class TKind> void BM_CreateDestroy(benchmark::State& pState)
         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementNormal)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementBinormal)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementTangent)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementMaterial)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementPolygonGroup)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementUV)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementVertexColor)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementSmoothing)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementCrease)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementHole)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementVisibility)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_CreateDestroy, QelLayerElementTexture)->Unit(benchmark::kMillisecond);
+
+// User data with one int channel: one more array and a channel name per element.
+void BM_CreateDestroyUserData(benchmark::State& pState)
+{
+    QelMesh lMesh("mesh");
+    QelArray<QelDataType> lTypes;
+    lTypes.Add(QelIntDT);
+    QelArray<const char*> lNames;
+    lNames.Add("weight");
+    for (auto _ : pState) {
+        for (int i = 0; i < kElements; ++i)
+            QelLayerElementUserData::Create(&lMesh, "element", 1, lTypes, lNames)->Destroy();
+    }
+    pState.counters["ns/element"] = benchmark::Counter(
+        static_cast<double>(kElements) * static_cast<double>(pState.iterations()),
+        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_CreateDestroyUserData)->Unit(benchmark::kMillisecond);
 
 // The baseline: an object with a name and two vectors, made and freed as often.
 struct PlainElement
