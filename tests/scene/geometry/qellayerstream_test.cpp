@@ -200,6 +200,30 @@ TEST_F(StreamTest, BooleanItemsAreOneByteEach)
     EXPECT_EQ(Bytes(lRecord + 9, lRecord + 12), (Bytes{1, 0, 1}));
 }
 
+// A byte that no bool holds reads back as true.
+TEST_F(StreamTest, BooleanBytesReadBackAsZeroOrOne)
+{
+    Expected lStream;
+    AddEmptyRecords(lStream, 0);
+    const size_t lHoleRecord = 10 * 5;
+    Expected lHole;
+    lHole.Record(Element::eHole, true).Add(3).Add(static_cast<char>(12)).Add(static_cast<char>(0));
+    lHole.Add(static_cast<char>(1)).Add(0).Add(0).Add(0).Add(0);
+    Bytes lBytes(lStream.mBytes.begin(), lStream.mBytes.begin() + lHoleRecord);
+    lBytes.insert(lBytes.end(), lHole.mBytes.begin(), lHole.mBytes.end());
+    lBytes.insert(lBytes.end(), lStream.mBytes.begin() + lHoleRecord + 5, lStream.mBytes.end());
+    QelMemoryStream lMemory(lBytes.data(), static_cast<int>(lBytes.size()));
+    QelLayer* lRead = FreshLayer();
+    ASSERT_TRUE(lRead->ContentReadFrom(lMemory));
+    ASSERT_NE(lRead->GetHole(), nullptr);
+    const void* lItems =
+        lRead->GetHole()->GetDirectArray().GetLocked(QelLayerElementArray::eReadLock);
+    ASSERT_NE(lItems, nullptr);
+    const auto* lRaw = static_cast<const unsigned char*>(lItems);
+    EXPECT_EQ(Bytes(lRaw, lRaw + 3), (Bytes{1, 0, 1}));
+    lRead->GetHole()->GetDirectArray().Release(const_cast<void**>(&lItems));
+}
+
 TEST_F(StreamTest, ANameOfLengthZeroLeavesTheNameAsItIs)
 {
     mLayer->CreateLayerElementOfType(Element::eSmoothing);

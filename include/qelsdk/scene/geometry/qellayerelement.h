@@ -166,7 +166,8 @@ public:
     // stream call of count x item size bytes under a read-write lock of its own.
     // A lock that cannot be taken is reported ("a != NULL") and gives false. An array
     // whose bytes do not fit one call (more than INT_MAX), and on reading a count the
-    // array cannot be resized to, give false with nothing read into the array.
+    // array cannot be resized to, give false with nothing read into the array. Bool
+    // items read back as 0 or 1: a stream byte other than 0 is true.
     bool ContentWriteTo(QelStream& pStream) const override;
     bool ContentReadFrom(const QelStream& pStream) override;
     // Creates the direct array with the data type's value type (SetType comes first)

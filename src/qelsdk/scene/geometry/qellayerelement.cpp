@@ -302,6 +302,14 @@ bool WriteArray(QelStream& pStream, QelLayerElementArray& pArray)
     return lWritten == lBytes;
 }
 
+// A bool holds 0 or 1 and nothing else: a stream byte of any other value reads as
+// true instead of becoming a value that no bool can hold.
+void NormaliseBooleans(unsigned char* pBytes, int pCount)
+{
+    for (int i = 0; i < pCount; ++i)
+        pBytes[i] = pBytes[i] != 0;
+}
+
 bool ReadArray(const QelStream& pStream, QelLayerElementArray& pArray)
 {
     int lCount = 0;
@@ -316,6 +324,8 @@ bool ReadArray(const QelStream& pStream, QelLayerElementArray& pArray)
         return false;
     }
     const int lRead = pStream.Read(lItems, static_cast<int>(lBytes));
+    if (pArray.GetDataType() == eQelBool)
+        NormaliseBooleans(static_cast<unsigned char*>(lItems), lRead);
     pArray.Release(&lItems);
     return lRead == lBytes;
 }
