@@ -142,9 +142,8 @@ public:
     // untouched. Stored items of T's size or smaller are copied as raw bytes.
     template <class T> bool GetAt(int pIndex, T* pItem) const
     {
-        if (!CheckItemFits("GetAt", StoredItemSize() <= sizeof(T))) return false;
         T* lPtr = pItem;
-        return GetAt(pIndex, reinterpret_cast<void**>(&lPtr), QelTypeOf(*pItem));
+        return GetAtInto(pIndex, reinterpret_cast<void**>(&lPtr), sizeof(T));
     }
     template <class T> void SetAt(int pIndex, const T& pItem)
     {
@@ -183,6 +182,9 @@ private:
     LayerElementArrayImp* Storage() const;
     int ItemSize() const;
     bool CheckValueType(const char* pFunction, EQelType pValueType) const;
+    // GetAt into caller storage of pRoom bytes: a stored item larger than that is
+    // refused (CheckItemFits) before anything else is looked at.
+    bool GetAtInto(int pIndex, void** pItem, size_t pRoom) const;
     bool ReadLockRefused() const;
     bool KeepBuffer(void* pBuffer, const BufferRecord& pRecord);
     void FreeBuffer(int pIndex);

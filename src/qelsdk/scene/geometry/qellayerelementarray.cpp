@@ -88,7 +88,8 @@ QelLayerElementArray::QelLayerElementArray(EQelType pDataType)
       mDirectLocks(0), mDirectAccess(false)
 {
     mImplementation = QelNew<LayerElementArrayImp>(mStride);
-    if (!mImplementation) QEL_REPORT_CONDITION(internal::sLayerSourceFile, "mImplementation != NULL");
+    if (!mImplementation)
+        QEL_REPORT_CONDITION(internal::sLayerSourceFile, "mImplementation != NULL");
 }
 
 QelLayerElementArray::~QelLayerElementArray()
@@ -124,7 +125,8 @@ size_t QelLayerElementArray::StoredItemSize() const
 bool QelLayerElementArray::CheckItemFits(const char* pFunction, bool pFits) const
 {
     if (pFits) return true;
-    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s", "Bad data type conversion");
+    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s",
+               "Bad data type conversion");
     mStatus = Status::eTypeMismatch;
     return false;
 }
@@ -147,7 +149,8 @@ bool QelLayerElementArray::IsInUse() const
 bool QelLayerElementArray::ReadLockRefused() const
 {
     if (mWriteLocked) {
-        _QelAssert(internal::sLayerSourceFile, "ReadLock", __LINE__, true, "%s", "A writeLock is active");
+        _QelAssert(internal::sLayerSourceFile, "ReadLock", __LINE__, true, "%s",
+                   "A writeLock is active");
         return true;
     }
     if (mDirectLocks & eWriteLock) {
@@ -243,7 +246,8 @@ void* QelLayerElementArray::GetLocked(ELockMode pLockMode, EQelType pDataType)
         if (ReadLock() == 0) return nullptr;
     }
     if (lWrite && !lRead && mReadLockCount > 0) {
-        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "Attempting to WriteLock an already ReadLocked data");
+        QEL_REPORT_MESSAGE(internal::sLayerSourceFile,
+                           "Attempting to WriteLock an already ReadLocked data");
         mStatus = Status::eLockConflict;
         return nullptr;
     }
@@ -361,7 +365,8 @@ void* QelLayerElementArray::GetDataPtr()
 bool QelLayerElementArray::CheckValueType(const char* pFunction, EQelType pValueType) const
 {
     if (pValueType == eQelUndefined || pValueType == mDataType) return true;
-    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s", "Bad data type conversion");
+    _QelAssert(internal::sLayerSourceFile, pFunction, __LINE__, true, "%s",
+               "Bad data type conversion");
     mStatus = Status::eTypeMismatch;
     return false;
 }
@@ -480,6 +485,14 @@ int QelLayerElementArray::GetCount() const
 
 bool QelLayerElementArray::GetAt(int pIndex, void** pItem, EQelType) const
 {
+    return GetAtInto(pIndex, pItem, SIZE_MAX);
+}
+
+// The typed reads pass their item's size here, so that the size check costs no call
+// of its own on a path that runs once per item.
+bool QelLayerElementArray::GetAtInto(int pIndex, void** pItem, size_t pRoom) const
+{
+    if (!CheckItemFits("GetAt", StoredItemSize() <= pRoom)) return false;
     mStatus = Status::eInvalidRequest;
     if (!Storage() || !pItem || !*pItem) return false;
     if (pIndex < 0 || pIndex >= Storage()->GetCount()) {
@@ -491,7 +504,8 @@ bool QelLayerElementArray::GetAt(int pIndex, void** pItem, EQelType) const
             mStatus = Status::eLockAccessOk;
             CopyItem(*pItem, pStorage.GetAt(pIndex), static_cast<size_t>(pStorage.ItemSize()));
         }))
-        QEL_REPORT_MESSAGE(internal::sLayerSourceFile, "The array is not read locked");
+        _QelAssert(internal::sLayerSourceFile, "GetAt", __LINE__, true, "%s",
+                   "The array is not read locked");
     return mStatus == Status::eLockAccessOk;
 }
 
