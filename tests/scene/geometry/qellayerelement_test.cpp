@@ -266,6 +266,20 @@ TEST_P(ElementKind, EveryFailedAllocationGivesNullAndRegistersNothing)
     }
 }
 
+// The two arrays of pElement, found through the instantiation of the template it is
+// one of (the first of Ts that matches).
+template <class... Ts>
+void FindArrays(Element* pElement, const QelLayerElementArray*& pDirect,
+                const QelLayerElementArray*& pIndex)
+{
+    auto lTry = [&](auto* pTyped) {
+        if (pDirect || !pTyped) return;
+        pDirect = &pTyped->GetDirectArray();
+        pIndex = &pTyped->GetIndexArray();
+    };
+    (lTry(dynamic_cast<QelLayerElementTemplate<Ts>*>(pElement)), ...);
+}
+
 TEST_P(ElementKind, DirectArrayTakesTheDataTypesValueType)
 {
     const Kind lKind = GetParam();
@@ -276,28 +290,8 @@ TEST_P(ElementKind, DirectArrayTakesTheDataTypesValueType)
     // the element's data type and QelIntDT report.
     const QelLayerElementArray* lDirect = nullptr;
     const QelLayerElementArray* lIndex = nullptr;
-    if (auto* lVectors = dynamic_cast<QelLayerElementTemplate<QelVector4>*>(lElement)) {
-        lDirect = &lVectors->GetDirectArray();
-        lIndex = &lVectors->GetIndexArray();
-    } else if (auto* lUVs = dynamic_cast<QelLayerElementTemplate<QelVector2>*>(lElement)) {
-        lDirect = &lUVs->GetDirectArray();
-        lIndex = &lUVs->GetIndexArray();
-    } else if (auto* lColors = dynamic_cast<QelLayerElementTemplate<QelColor>*>(lElement)) {
-        lDirect = &lColors->GetDirectArray();
-        lIndex = &lColors->GetIndexArray();
-    } else if (auto* lInts = dynamic_cast<QelLayerElementTemplate<int>*>(lElement)) {
-        lDirect = &lInts->GetDirectArray();
-        lIndex = &lInts->GetIndexArray();
-    } else if (auto* lDoubles = dynamic_cast<QelLayerElementTemplate<double>*>(lElement)) {
-        lDirect = &lDoubles->GetDirectArray();
-        lIndex = &lDoubles->GetIndexArray();
-    } else if (auto* lBools = dynamic_cast<QelLayerElementTemplate<bool>*>(lElement)) {
-        lDirect = &lBools->GetDirectArray();
-        lIndex = &lBools->GetIndexArray();
-    } else if (auto* lTextures = dynamic_cast<QelLayerElementTemplate<QelTexture*>*>(lElement)) {
-        lDirect = &lTextures->GetDirectArray();
-        lIndex = &lTextures->GetIndexArray();
-    }
+    FindArrays<QelVector4, QelVector2, QelColor, int, double, bool, QelTexture*>(lElement, lDirect,
+                                                                                 lIndex);
     ASSERT_NE(lDirect, nullptr);
     EXPECT_EQ(lDirect->GetDataType(), lKind.mType->GetType());
     EXPECT_EQ(lIndex->GetDataType(), eQelInt);
