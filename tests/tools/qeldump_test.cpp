@@ -297,6 +297,25 @@ TEST_F(DumpTest, EveryCutBreaksInsideTheCut)
     }
 }
 
+// Any byte of a stream changed to any of a few values either still decodes, to its
+// end, or breaks at an offset inside the buffer; never past it.
+TEST_F(DumpTest, ChangedBytesDecodeOrBreakInsideTheBuffer)
+{
+    FillEveryKind();
+    const Bytes lBytes = Written();
+    for (std::size_t lAt = 0; lAt < lBytes.size(); ++lAt) {
+        for (unsigned char lValue : {0x00, 0x01, 0x02, 0x7F, 0x80, 0xFF}) {
+            Bytes lChanged = lBytes;
+            lChanged[lAt] = lValue;
+            const Dump lDump(lChanged);
+            if (lDump.mResult.mOk)
+                EXPECT_EQ(lDump.mResult.mOffset, lBytes.size()) << lAt;
+            else
+                EXPECT_LE(lDump.mResult.mOffset, lBytes.size()) << lAt;
+        }
+    }
+}
+
 TEST_F(DumpTest, CutsGiveTheFieldOffsetAndWhatItNeeds)
 {
     auto* lNormals = Create<QelVector4>(Element::eNormal);
@@ -318,7 +337,7 @@ TEST_F(DumpTest, CutsGiveTheFieldOffsetAndWhatItNeeds)
         {49, 49, "mapping mode needs 4 bytes, 0 left"},
         {56, 53, "reference mode needs 4 bytes, 3 left"},
         {60, 57, "name length needs 4 bytes, 3 left"},
-        {61, 57, "name length 1 needs 1 bytes, 0 left"},
+        {61, 57, "name length 1 needs 1 byte, 0 left"},
         {64, 62, "record type needs 4 bytes, 2 left"},
         {lBytes.size() - 1, lBytes.size() - 1, "presence flag needs 1 byte, 0 left"},
     };

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace qelsdk {
 namespace {
@@ -57,6 +58,11 @@ private:
     std::string* mText;
 };
 
+std::string ByteCount(std::uint64_t pCount)
+{
+    return std::to_string(pCount) + (pCount == 1 ? " byte" : " bytes");
+}
+
 std::int32_t Int32At(const unsigned char* pBytes)
 {
     std::int32_t lValue;
@@ -64,7 +70,8 @@ std::int32_t Int32At(const unsigned char* pBytes)
     return lValue;
 }
 
-// The shortest text that reads back as the same double.
+// The shortest text that reads back as the same double; the longest such text, for
+// any bit pattern, has 24 characters.
 void PrintDouble(Sink& pSink, const unsigned char* pBytes)
 {
     double lValue;
@@ -195,9 +202,8 @@ private:
     bool Need(std::uint64_t pNeeded, const char* pWhat)
     {
         if (pNeeded <= Left()) return true;
-        Fail(mOffset, std::string(pWhat) + " needs " + std::to_string(pNeeded) +
-                          (pNeeded == 1 ? " byte, " : " bytes, ") + std::to_string(Left()) +
-                          " left");
+        Fail(mOffset, std::string(pWhat) + " needs " + ByteCount(pNeeded) + ", " +
+                          std::to_string(Left()) + " left");
         return false;
     }
 
@@ -221,7 +227,7 @@ private:
         const std::uint64_t lBytes = static_cast<std::uint64_t>(pCount) * pItemWidth;
         if (lBytes <= Left()) return true;
         Fail(lStart, std::string(pWhat) + " " + std::to_string(pCount) + " needs " +
-                         std::to_string(lBytes) + " bytes, " + std::to_string(Left()) + " left");
+                         ByteCount(lBytes) + ", " + std::to_string(Left()) + " left");
         return false;
     }
 
