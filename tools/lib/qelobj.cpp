@@ -46,7 +46,8 @@ bool FillArray(QelLayerElementArrayTemplate<T>& pArray, const T* pItems, size_t 
     pArray.Resize(static_cast<int>(pCount));
     if (pArray.GetCount() != static_cast<int>(pCount)) return false;
     if (pCount == 0) return true;
-    T* lItems = pArray.GetLocked(static_cast<T*>(nullptr), QelLayerElementArray::eWriteLock);
+    // A read-write lock keeps the zeroed items Resize made instead of zeroing them again.
+    T* lItems = pArray.GetLocked(static_cast<T*>(nullptr), QelLayerElementArray::eReadWriteLock);
     if (!lItems) return false;
     std::copy(pItems, pItems + pCount, lItems);
     void* lBuffer = lItems;
@@ -208,8 +209,71 @@ bool Parser::Fail(const std::string& pText)
     return false;
 }
 
+// The number of statements of each kind that fill the large arrays, found by a look
+// at the start of every line, so that the arrays are reserved once.
+struct StatementCounts
+{
+    size_t mPoints = 0;
+    size_t mUVs = 0;
+    size_t mNormals = 0;
+    size_t mFaces = 0;
+};
+
+StatementCounts CountStatements(const char* pData, size_t pSize)
+{
+    StatementCounts lCounts;
+    const char* lPos = pData;
+    const char* const lEnd = pData + pSize;
+    while (lPos < lEnd) {
+        while (lPos < lEnd && IsBlank(*lPos))
+            ++lPos;
+        const char lSecond = lEnd - lPos > 1 ? lPos[1] : '\0';
+        if (lPos < lEnd && *lPos == 'v') {
+            lCounts.mPoints += IsBlank(lSecond);
+            lCounts.mUVs += lSecond == 't';
+            lCounts.mNormals += lSecond == 'n';
+        } else if (lPos < lEnd && *lPos == 'f') {
+            lCounts.mFaces += IsBlank(lSecond);
+        }
+        const void* lNewline = std::memchr(lPos, '\n', static_cast<size_t>(lEnd - lPos));
+        lPos = lNewline ? static_cast<const char*>(lNewline) + 1 : lEnd;
+    }
+    return lCounts;
+}
+
+// Room for what the counts announce; a face is taken to have three vertices, and
+// larger ones grow the arrays. The counts come from the input's own lines, so they
+// never exceed its size.
+void Reserve(ObjContent& pContent, const StatementCounts& pCounts)
+{
+    pContent.mPoints.reserve(pCounts.mPoints);
+    pContent.mUVs.mValues.reserve(pCounts.mUVs);
+    pContent.mNormals.mValues.reserve(pCounts.mNormals);
+    for (std::vector<int>* lPerFace :
+         {&pContent.mPolygonSizes, &pContent.mMaterials, &pContent.mGroups, &pContent.mSmoothing})
+        lPerFace->reserve(pCounts.mFaces);
+    for (std::vector<int>* lPerCorner :
+         {&pContent.mPolygonVertices, &pContent.mUVs.mIndices, &pContent.mNormals.mIndices})
+        lPerCorner->reserve(pCounts.mFaces * 3);
+}
+
+// The first byte of the line that marks it as binary; null for a text line. The
+// whole line is looked at without an early exit, which lets the loop run wide.
+const char* FindBinary(const char* pBegin, const char* pEnd)
+{
+    bool lBinary = false;
+    for (const char* lChar = pBegin; lChar < pEnd; ++lChar)
+        lBinary |= IsBinary(static_cast<unsigned char>(*lChar));
+    if (!lBinary) return nullptr;
+    const char* lChar = pBegin;
+    while (!IsBinary(static_cast<unsigned char>(*lChar)))
+        ++lChar;
+    return lChar;
+}
+
 bool Parser::Parse(const char* pData, size_t pSize)
 {
+    Reserve(mContent, CountStatements(pData, pSize));
     const char* lPos = pData;
     const char* const lEnd = pData + pSize;
     while (lPos < lEnd) {
@@ -218,11 +282,10 @@ bool Parser::Parse(const char* pData, size_t pSize)
         const char* lLineEnd =
             static_cast<const char*>(std::memchr(lPos, '\n', static_cast<size_t>(lEnd - lPos)));
         if (!lLineEnd) lLineEnd = lEnd;
-        for (const char* lChar = lPos; lChar < lLineEnd; ++lChar)
-            if (IsBinary(static_cast<unsigned char>(*lChar)))
-                return Fail("binary data (byte " +
-                            std::to_string(static_cast<unsigned char>(*lChar)) +
-                            "), not an OBJ text file");
+        if (const char* lBinary = FindBinary(lPos, lLineEnd))
+            return Fail("binary data (byte " +
+                        std::to_string(static_cast<unsigned char>(*lBinary)) +
+                        "), not an OBJ text file");
         const char* lStatementEnd = lLineEnd;
         if (lStatementEnd > lPos && lStatementEnd[-1] == '\r') --lStatementEnd;
         if (!Statement(lPos, lStatementEnd)) return false;
