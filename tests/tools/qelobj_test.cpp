@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -326,6 +327,48 @@ const char* const sEverything = "mtllib scene.mtl\n"
                                 "f 1/1/2 2/2/2 5/3/2\nf -4/-3/-1 -3/-2/-1 -1/-1/-1\n"
                                 "usemtl base\nf 3/1/2 4/2/2 5/3/2\n"
                                 "g pyramid\ns 1\nf 4/1/2 1/2/2 5/3/2\n";
+
+// Mutations of a valid file, from a fixed seed: each either imports or fails with
+// one line naming the file, and never leaves anything half made.
+TEST(QelObjRead, MutatedInputEitherImportsOrFailsCleanly)
+{
+    std::mt19937 lRandom(12345);
+    const std::string lValid = sEverything;
+    int lFailures = 0;
+    for (int lRound = 0; lRound < 3000; ++lRound) {
+        std::string lText = lValid;
+        const int lEdits = 1 + static_cast<int>(lRandom() % 4);
+        for (int i = 0; i < lEdits; ++i) {
+            const size_t lAt = lRandom() % lText.size();
+            switch (lRandom() % 3) {
+            case 0:
+                lText[lAt] = static_cast<char>(lRandom() % 256);
+                break;
+            case 1:
+                lText.erase(lAt, 1 + lRandom() % 8);
+                break;
+            default:
+                lText.insert(lAt, 1, "/-0123456789 \nfvgs#"[lRandom() % 20]);
+                break;
+            }
+            if (lText.empty()) lText = "v";
+        }
+        Import lImport(lText, "m.obj");
+        if (lImport.mResult.mSuccess) {
+            EXPECT_EQ(lImport.mResult.mError, "");
+            EXPECT_GT(lImport.Mesh().GetControlPointsCount(), 0);
+            continue;
+        }
+        ++lFailures;
+        EXPECT_EQ(lImport.mResult.mError.rfind("m.obj:", 0), 0u) << lImport.mResult.mError;
+        EXPECT_EQ(lImport.mResult.mError.find('\n'), std::string::npos);
+        EXPECT_EQ(lImport.Mesh().GetControlPointsCount(), 0);
+        EXPECT_EQ(lImport.Mesh().GetLayerCount(), 0);
+    }
+    // The mutations do break files, and not all of them.
+    EXPECT_GT(lFailures, 300);
+    EXPECT_LT(lFailures, 2900);
+}
 
 TEST(QelObjWrite, ExportThenImportGivesTheSameElements)
 {

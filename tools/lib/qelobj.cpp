@@ -47,7 +47,8 @@ bool FillArray(QelLayerElementArrayTemplate<T>& pArray, const T* pItems, size_t 
     if (pArray.GetCount() != static_cast<int>(pCount)) return false;
     if (pCount == 0) return true;
     // A read-write lock keeps the zeroed items Resize made instead of zeroing them again.
-    T* lItems = pArray.GetLocked(static_cast<T*>(nullptr), QelLayerElementArray::eReadWriteLock);
+    T* lItems =
+        static_cast<T*>(pArray.GetLocked(QelLayerElementArray::eReadWriteLock, QelTypeOf(T())));
     if (!lItems) return false;
     std::copy(pItems, pItems + pCount, lItems);
     void* lBuffer = lItems;
@@ -62,7 +63,7 @@ template <class T> std::vector<T> Snapshot(const QelLayerElementArrayTemplate<T>
     auto& lArray = const_cast<QelLayerElementArrayTemplate<T>&>(pArray);
     const int lCount = lArray.GetCount();
     if (lCount <= 0) return {};
-    T* lItems = lArray.GetLocked(static_cast<T*>(nullptr), QelLayerElementArray::eReadLock);
+    T* lItems = static_cast<T*>(lArray.GetLocked(QelLayerElementArray::eReadLock, QelTypeOf(T())));
     if (!lItems) return {};
     std::vector<T> lCopy(lItems, lItems + lCount);
     void* lBuffer = lItems;
