@@ -100,6 +100,29 @@ template <class T> struct Attribute
     EForm mForm = EForm::eUnknown;
 };
 
+// A value that holds from polygon mFirst to the next run's first polygon.
+struct ValueRun
+{
+    int mFirst;
+    int mValue;
+};
+
+void Continue(std::vector<ValueRun>& pRuns, int pPolygon, int pValue)
+{
+    if (pRuns.empty() || pRuns.back().mValue != pValue) pRuns.push_back({pPolygon, pValue});
+}
+
+// One value per polygon, from the runs.
+std::vector<int> Expand(const std::vector<ValueRun>& pRuns, size_t pPolygonCount)
+{
+    std::vector<int> lValues(pPolygonCount);
+    for (size_t i = 0; i < pRuns.size(); ++i) {
+        const size_t lEnd = i + 1 < pRuns.size() ? size_t(pRuns[i + 1].mFirst) : pPolygonCount;
+        std::fill(lValues.begin() + pRuns[i].mFirst, lValues.begin() + long(lEnd), pRuns[i].mValue);
+    }
+    return lValues;
+}
+
 // What the statements of a file amount to, before any of it goes into a scene.
 struct ObjContent
 {
@@ -108,9 +131,10 @@ struct ObjContent
     Attribute<QelVector4> mNormals;
     std::vector<int> mPolygonVertices;
     std::vector<int> mPolygonSizes;
-    std::vector<int> mMaterials;
-    std::vector<int> mGroups;
-    std::vector<int> mSmoothing;
+    // The per-polygon values as runs: most files change them every many faces.
+    std::vector<ValueRun> mMaterials;
+    std::vector<ValueRun> mGroups;
+    std::vector<ValueRun> mSmoothing;
     NameTable mMaterialNames;
     NameTable mGroupNames;
     bool mHasUsemtl = false;
@@ -124,7 +148,8 @@ bool IsBlank(char pChar) { return pChar == ' ' || pChar == '\t' || pChar == '\v'
 // A control character other than white space marks a file that is not text.
 bool IsBinary(unsigned char pChar)
 {
-    return (pChar < 0x20 && pChar != '\t' && pChar != '\v' && pChar != '\f' && pChar != '\r') ||
+    return (pChar < 0x20 && pChar != '\t' && pChar != '\v' && pChar != '\f' && pChar != '\r' &&
+            pChar != '\n') ||
            pChar == 0x7f;
 }
 
@@ -250,26 +275,27 @@ void Reserve(ObjContent& pContent, const StatementCounts& pCounts)
     pContent.mPoints.reserve(pCounts.mPoints);
     pContent.mUVs.mValues.reserve(pCounts.mUVs);
     pContent.mNormals.mValues.reserve(pCounts.mNormals);
-    for (std::vector<int>* lPerFace :
-         {&pContent.mPolygonSizes, &pContent.mMaterials, &pContent.mGroups, &pContent.mSmoothing})
-        lPerFace->reserve(pCounts.mFaces);
+    pContent.mPolygonSizes.reserve(pCounts.mFaces);
     for (std::vector<int>* lPerCorner :
          {&pContent.mPolygonVertices, &pContent.mUVs.mIndices, &pContent.mNormals.mIndices})
         lPerCorner->reserve(pCounts.mFaces * 3);
 }
 
-// The first byte of the line that marks it as binary; null for a text line. The
-// whole line is looked at without an early exit, which lets the loop run wide.
+// The first byte that marks the input as binary, or pEnd. Blocks are looked at whole,
+// without an early exit, which lets the loop run wide over text.
 const char* FindBinary(const char* pBegin, const char* pEnd)
 {
-    bool lBinary = false;
-    for (const char* lChar = pBegin; lChar < pEnd; ++lChar)
-        lBinary |= IsBinary(static_cast<unsigned char>(*lChar));
-    if (!lBinary) return nullptr;
-    const char* lChar = pBegin;
-    while (!IsBinary(static_cast<unsigned char>(*lChar)))
-        ++lChar;
-    return lChar;
+    constexpr int kBlock = 64;
+    const char* lPos = pBegin;
+    for (; pEnd - lPos >= kBlock; lPos += kBlock) {
+        bool lBinary = false;
+        for (int i = 0; i < kBlock; ++i)
+            lBinary |= IsBinary(static_cast<unsigned char>(lPos[i]));
+        if (lBinary) break;
+    }
+    while (lPos < pEnd && !IsBinary(static_cast<unsigned char>(*lPos)))
+        ++lPos;
+    return lPos;
 }
 
 bool Parser::Parse(const char* pData, size_t pSize)
@@ -277,13 +303,16 @@ bool Parser::Parse(const char* pData, size_t pSize)
     Reserve(mContent, CountStatements(pData, pSize));
     const char* lPos = pData;
     const char* const lEnd = pData + pSize;
+    // Statements before the line of the first binary byte still count: their errors
+    // come first.
+    const char* const lBinary = FindBinary(pData, lEnd);
     while (lPos < lEnd) {
         if (mLine == INT_MAX) return Fail("too many lines");
         ++mLine;
         const char* lLineEnd =
             static_cast<const char*>(std::memchr(lPos, '\n', static_cast<size_t>(lEnd - lPos)));
         if (!lLineEnd) lLineEnd = lEnd;
-        if (const char* lBinary = FindBinary(lPos, lLineEnd))
+        if (lBinary < lLineEnd)
             return Fail("binary data (byte " +
                         std::to_string(static_cast<unsigned char>(*lBinary)) +
                         "), not an OBJ text file");
@@ -421,10 +450,11 @@ bool Parser::Face(LineCursor& pCursor)
     if (lSize < 3)
         return Fail("face with " + std::to_string(lSize) + " vertices (at least 3 needed)");
     if (mContent.mPolygonSizes.size() >= INT_MAX) return Fail("too many faces");
+    const int lPolygon = static_cast<int>(mContent.mPolygonSizes.size());
     mContent.mPolygonSizes.push_back(lSize);
-    mContent.mMaterials.push_back(mMaterialIndex);
-    mContent.mGroups.push_back(mGroupIndex);
-    mContent.mSmoothing.push_back(mSmoothingGroup);
+    Continue(mContent.mMaterials, lPolygon, mMaterialIndex);
+    Continue(mContent.mGroups, lPolygon, mGroupIndex);
+    Continue(mContent.mSmoothing, lPolygon, mSmoothingGroup);
     return true;
 }
 
@@ -545,8 +575,8 @@ bool FillMaterials(const ObjContent& pContent, QelObjScene& pScene, QelLayer& pL
     lElement->SetName("materials");
     lElement->SetMappingMode(QelLayerElement::ePerPolygon);
     lElement->SetReferenceMode(QelLayerElement::eIndexToDirect);
-    return FillArray(lElement->GetIndexArray(), pContent.mMaterials.data(),
-                     pContent.mMaterials.size());
+    const std::vector<int> lIndices = Expand(pContent.mMaterials, pContent.mPolygonSizes.size());
+    return FillArray(lElement->GetIndexArray(), lIndices.data(), lIndices.size());
 }
 
 bool FillScene(const ObjContent& pContent, QelObjScene& pScene)
@@ -565,11 +595,12 @@ bool FillScene(const ObjContent& pContent, QelObjScene& pScene)
     if (pContent.mHasUsemtl && !FillMaterials(pContent, pScene, *lLayer)) return false;
     if (pContent.mHasGroups &&
         !FillPolygonElement(CreateElement<QelLayerElementPolygonGroup>(*lLayer, E::ePolygonGroup),
-                            "groups", pContent.mGroups))
+                            "groups", Expand(pContent.mGroups, pContent.mPolygonSizes.size())))
         return false;
     if (pContent.mHasSmoothing &&
         !FillPolygonElement(CreateElement<QelLayerElementSmoothing>(*lLayer, E::eSmoothing),
-                            "smoothing", pContent.mSmoothing))
+                            "smoothing",
+                            Expand(pContent.mSmoothing, pContent.mPolygonSizes.size())))
         return false;
     return true;
 }
