@@ -7,8 +7,10 @@
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
+#include <numeric>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
 #include <unordered_map>
 
 namespace qelsdk {
@@ -755,10 +757,22 @@ private:
 };
 
 // A per-polygon value written as a statement whenever it changes between polygons.
+class ObjWriter;
+
+// A per-polygon value written as a statement whenever it changes between polygons:
+// the value of each direct item, and the statement that announces a value.
 struct PolygonRun
 {
+    PolygonRun(const char* pWhat, void (ObjWriter::*pStatement)(int))
+        : mWhat(pWhat), mStatement(pStatement)
+    {
+    }
+
+    const char* mWhat;
+    void (ObjWriter::*mStatement)(int pValue);
     bool mPresent = false;
-    ValueLocator mLocator;
+    ValueLocator mLocator{};
+    std::vector<int> mValues;
     bool mStarted = false;
     int mLast = 0;
 };
@@ -778,7 +792,11 @@ private:
     template <class T, int N>
     bool Values(const QelLayerElementTemplate<T>* pElement, const char* pKeyword,
                 ValueLocator& pLocator);
+    template <class T> void Prepare(PolygonRun& pRun, const QelLayerElementTemplate<T>* pElement);
     bool PolygonStatements(int pPolygon);
+    void Group(int pValue) { mOut << "g group" << pValue << '\n'; }
+    void Material(int pValue);
+    void Smoothing(int pValue);
     bool Corner(int pPolygon, int pPosition, int pPolygonVertex);
     bool Fail(const std::string& pText)
     {
@@ -795,13 +813,42 @@ private:
     bool mHasNormals = false;
     ValueLocator mUVs{};
     ValueLocator mNormals{};
-    PolygonRun mGroups;
-    PolygonRun mMaterials;
-    PolygonRun mSmoothing;
+    PolygonRun mRuns[3] = {{"polygon group", &ObjWriter::Group},
+                           {"material", &ObjWriter::Material},
+                           {"smoothing", &ObjWriter::Smoothing}};
     std::vector<QelSurfaceMaterial*> mMaterialItems;
-    std::vector<int> mGroupItems;
-    std::vector<int> mSmoothingItems;
 };
+
+// Groups and smoothing: the ints of the direct array.
+template <class T>
+void ObjWriter::Prepare(PolygonRun& pRun, const QelLayerElementTemplate<T>* pElement)
+{
+    const auto lPerPolygon = {QelLayerElement::ePerPolygon, QelLayerElement::eAllSame};
+    pRun.mPresent = MakeLocator(pElement, lPerPolygon, pRun.mLocator);
+    if (!pRun.mPresent) return;
+    if constexpr (std::is_same<T, int>::value) {
+        pRun.mValues = Snapshot(pElement->GetDirectArray());
+    } else {
+        // Materials: the value is the position among the materials.
+        mMaterialItems = Snapshot(pElement->GetDirectArray());
+        pRun.mValues.resize(mMaterialItems.size());
+        std::iota(pRun.mValues.begin(), pRun.mValues.end(), 0);
+    }
+}
+
+void ObjWriter::Material(int pValue)
+{
+    const QelSurfaceMaterial* lMaterial = mMaterialItems[static_cast<size_t>(pValue)];
+    mOut << "usemtl " << (lMaterial ? lMaterial->GetName() : "default") << '\n';
+}
+
+void ObjWriter::Smoothing(int pValue)
+{
+    if (pValue == 0)
+        mOut << "s off\n";
+    else
+        mOut << "s " << pValue << '\n';
+}
 
 void ObjWriter::Points()
 {
@@ -834,13 +881,9 @@ bool ObjWriter::Write()
     Points();
     mHasUVs = Values<QelVector2, 2>(mLayer.GetUVs(), "vt", mUVs);
     mHasNormals = Values<QelVector4, 3>(mLayer.GetNormals(), "vn", mNormals);
-    const auto lPerPolygon = {QelLayerElement::ePerPolygon, QelLayerElement::eAllSame};
-    mGroups.mPresent = MakeLocator(mLayer.GetPolygonGroups(), lPerPolygon, mGroups.mLocator);
-    if (mGroups.mPresent) mGroupItems = Snapshot(mLayer.GetPolygonGroups()->GetDirectArray());
-    mMaterials.mPresent = MakeLocator(mLayer.GetMaterials(), lPerPolygon, mMaterials.mLocator);
-    if (mMaterials.mPresent) mMaterialItems = Snapshot(mLayer.GetMaterials()->GetDirectArray());
-    mSmoothing.mPresent = MakeLocator(mLayer.GetSmoothing(), lPerPolygon, mSmoothing.mLocator);
-    if (mSmoothing.mPresent) mSmoothingItems = Snapshot(mLayer.GetSmoothing()->GetDirectArray());
+    Prepare(mRuns[0], mLayer.GetPolygonGroups());
+    Prepare(mRuns[1], mLayer.GetMaterials());
+    Prepare(mRuns[2], mLayer.GetSmoothing());
 
     int lPolygonVertex = 0;
     for (int lPolygon = 0; lPolygon < mMesh.GetPolygonCount(); ++lPolygon) {
@@ -853,40 +896,20 @@ bool ObjWriter::Write()
     return true;
 }
 
-// The g, usemtl and s statements of the runs whose value changes at this polygon:
-// the group number, the material (its position among the materials) and the
-// smoothing group.
+// The g, usemtl and s statements of the runs whose value changes at this polygon.
 bool ObjWriter::PolygonStatements(int pPolygon)
 {
-    struct Run
-    {
-        PolygonRun& mRun;
-        const char* mWhat;
-    };
-    for (Run lRun : {Run{mGroups, "polygon group"}, Run{mMaterials, "material"},
-                     Run{mSmoothing, "smoothing"}}) {
-        if (!lRun.mRun.mPresent) continue;
-        const int lIndex = lRun.mRun.mLocator.Locate(pPolygon);
-        if (lIndex < 0)
+    for (PolygonRun& lRun : mRuns) {
+        if (!lRun.mPresent) continue;
+        const int lIndex = lRun.mLocator.Locate(pPolygon);
+        if (lIndex < 0 || lIndex >= static_cast<int>(lRun.mValues.size()))
             return Fail(std::string("no ") + lRun.mWhat + " for polygon " +
                         std::to_string(pPolygon));
-        const size_t lItem = static_cast<size_t>(lIndex);
-        const bool lIsMaterial = &lRun.mRun == &mMaterials;
-        const int lValue = lIsMaterial              ? lIndex
-                           : &lRun.mRun == &mGroups ? mGroupItems[lItem]
-                                                    : mSmoothingItems[lItem];
-        if (lRun.mRun.mStarted && lValue == lRun.mRun.mLast) continue;
-        lRun.mRun.mStarted = true;
-        lRun.mRun.mLast = lValue;
-        if (lIsMaterial)
-            mOut << "usemtl "
-                 << (mMaterialItems[lItem] ? mMaterialItems[lItem]->GetName() : "default") << '\n';
-        else if (&lRun.mRun == &mGroups)
-            mOut << "g group" << lValue << '\n';
-        else if (lValue == 0)
-            mOut << "s off\n";
-        else
-            mOut << "s " << lValue << '\n';
+        const int lValue = lRun.mValues[static_cast<size_t>(lIndex)];
+        if (lRun.mStarted && lValue == lRun.mLast) continue;
+        lRun.mStarted = true;
+        lRun.mLast = lValue;
+        (this->*lRun.mStatement)(lValue);
     }
     return true;
 }
