@@ -67,7 +67,9 @@ private:
 };
 
 // The outcome of an import. On failure mError is one line, "FILE:LINE: text" (or
-// "FILE: text" for what concerns the whole file), and the scene is left untouched.
+// "FILE: text" for what concerns the whole file). The whole text is parsed before
+// anything goes into the scene, so malformed input leaves the scene untouched; only
+// running out of memory while filling it ("FILE: out of memory") leaves it partial.
 struct QelObjResult
 {
     bool mSuccess = false;
