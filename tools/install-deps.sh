@@ -3,7 +3,7 @@
 # the install check and continuous integration need, and only what is missing: with
 # everything present it changes nothing and needs no root.
 # Usage: tools/install-deps.sh [GROUP...]   GROUP: build tests benchmarks sanitizers
-# install (all of them when none is named).
+# install checks (all of them when none is named).
 set -euo pipefail
 
 declare -A lGroups=(
@@ -12,10 +12,11 @@ declare -A lGroups=(
   [benchmarks]="libbenchmark-dev"
   [sanitizers]="clang libclang-rt-14-dev"
   [install]="pkg-config"
+  [checks]="clang-tidy"
 )
 
 lNames=("$@")
-[ ${#lNames[@]} -eq 0 ] && lNames=(build tests benchmarks sanitizers install)
+[ ${#lNames[@]} -eq 0 ] && lNames=(build tests benchmarks sanitizers install checks)
 
 lMissing=()
 for lName in "${lNames[@]}"; do

@@ -9,7 +9,7 @@
 namespace qelsdk {
 namespace {
 
-uint16_t Bits(float pValue) { return QelHalfFloat(pValue).bits(); }
+uint16_t Bits(float pValue) { return QelHalfFloat(pValue).Bits(); }
 
 uint32_t FloatBits(float pValue)
 {
@@ -22,7 +22,7 @@ bool IsHalfNaN(uint16_t pBits) { return (pBits & 0x7c00u) == 0x7c00u && (pBits &
 
 TEST(QelHalfFloat, DefaultIsPositiveZero)
 {
-    EXPECT_EQ(QelHalfFloat().bits(), 0u);
+    EXPECT_EQ(QelHalfFloat().Bits(), 0u);
     EXPECT_EQ(QelHalfFloat().value(), 0.0f);
 }
 
@@ -153,7 +153,7 @@ TEST(QelHalfFloat, NaNToFloatKeepsSignAndPayload)
 
 TEST(QelHalfFloat, FromBitsKeepsBits)
 {
-    EXPECT_EQ(QelHalfFloat::FromBits(0x1234u).bits(), 0x1234u);
+    EXPECT_EQ(QelHalfFloat::FromBits(0x1234u).Bits(), 0x1234u);
     EXPECT_EQ(QelHalfFloat::FromBits(0x3c00u), QelHalfFloat(1.0f));
     EXPECT_NE(QelHalfFloat::FromBits(0x3c01u), QelHalfFloat(1.0f));
 }

@@ -563,7 +563,7 @@ TEST(QelTypeCopyArithmetic, HalfFloatIsBuiltFromFloat)
     QelHalfFloat lHalf;
     EXPECT_TRUE(QelTypeCopy(lHalf, 0.1));
     // The half nearest to 0.1.
-    EXPECT_EQ(lHalf.bits(), 0x2e66u);
+    EXPECT_EQ(lHalf.Bits(), 0x2e66u);
     EXPECT_EQ(lHalf.value(), 0.0999755859375f);
     EXPECT_TRUE(QelTypeCopy(lHalf, 3));
     EXPECT_EQ(lHalf.value(), 3.0f);

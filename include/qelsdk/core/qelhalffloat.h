@@ -16,7 +16,7 @@ public:
     QelHalfFloat(float pValue) : mBits(FromFloat(pValue)) {}
 
     float value() const { return ToFloat(mBits); }
-    uint16_t bits() const { return mBits; }
+    uint16_t Bits() const { return mBits; }
     static QelHalfFloat FromBits(uint16_t pBits);
 
     // Bitwise equality: equal bits, so NaN with the same payload equals itself.

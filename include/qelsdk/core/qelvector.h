@@ -105,11 +105,11 @@ public:
 static_assert(sizeof(QelDouble2) == 16 && sizeof(QelDouble3) == 24 && sizeof(QelDouble4) == 32 &&
                   sizeof(QelDouble4x4) == 128,
               "vectors hold exactly their components");
-static_assert(std::is_trivially_copyable<QelDouble2>::value &&
-                  std::is_trivially_copyable<QelDouble3>::value &&
-                  std::is_trivially_copyable<QelDouble4>::value &&
-                  std::is_trivially_copyable<QelDouble4x4>::value,
-              "element arrays move vectors as bytes");
+static_assert(
+    std::conjunction<std::is_trivially_copyable<QelDouble2>, std::is_trivially_copyable<QelDouble3>,
+                     std::is_trivially_copyable<QelDouble4>,
+                     std::is_trivially_copyable<QelDouble4x4>>::value,
+    "element arrays move vectors as bytes");
 
 } // namespace qelsdk
 

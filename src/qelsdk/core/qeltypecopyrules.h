@@ -10,6 +10,7 @@
 #include "qelsdk/core/qelvaluetypes.h"
 
 #include <array>
+#include <cmath>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -195,7 +196,7 @@ constexpr EQelCopyRule QelCopyRuleOfLetter(char pLetter)
 
 constexpr EQelCopyRule QelCopyRuleAt(int pDst, int pSrc)
 {
-    return QelCopyRuleOfLetter(sQelCopyMatrix[pDst][2 * pSrc]);
+    return QelCopyRuleOfLetter(sQelCopyMatrix[pDst][2 * static_cast<std::size_t>(pSrc)]);
 }
 
 // Every row has one known letter per column, separated by single spaces, and the
@@ -240,7 +241,7 @@ template <class TDst, class TSrc> bool QelCopyPair(TDst& pDst, const TSrc& pSrc)
 template <class TInt, class TFloat> TInt QelTruncateWide(TFloat pValue)
 {
     constexpr TFloat lTwoPow63 = static_cast<TFloat>(1ull << 63);
-    if (!(pValue == pValue)) return 0;
+    if (std::isnan(pValue)) return 0;
     if (pValue < -lTwoPow63) return static_cast<TInt>(std::numeric_limits<long long>::min());
     if (pValue < lTwoPow63) return static_cast<TInt>(static_cast<long long>(pValue));
     if (pValue < 2 * lTwoPow63)
@@ -284,6 +285,8 @@ template <class TDst, class TSrc> void QelArithmeticCopy(TDst& pDst, const TSrc&
     else if constexpr (std::is_integral<TDst>::value && std::is_floating_point<TSrc>::value)
         pDst = QelTruncate<TDst>(pSrc);
     else
+        // A char item is a signed number, converted by value like every other integer.
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse)
         pDst = static_cast<TDst>(pSrc);
 }
 

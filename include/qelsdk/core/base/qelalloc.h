@@ -37,6 +37,7 @@ template <class T, class... Args> T* QelNew(Args&&... pArgs)
 // Runs the (virtual) destructor, then frees; a null pointer is ignored. The block
 // freed is the one of the most derived object, which a virtual destructor's class
 // shares its address with for the single-inheritance trees of the library.
+// NOLINTNEXTLINE(readability-identifier-naming): the interface names the parameter p.
 template <class T> void QelDelete(T* p)
 {
     if (!p) return;
@@ -44,8 +45,11 @@ template <class T> void QelDelete(T* p)
     QelFree(p);
 }
 
+// The parameters keep the names a and b that the interface gives them.
+// NOLINTNEXTLINE(readability-identifier-naming)
 template <class T> inline T QelMin(const T& a, const T& b) { return b < a ? b : a; }
 
+// NOLINTNEXTLINE(readability-identifier-naming)
 template <class T> inline T QelMax(const T& a, const T& b) { return a < b ? b : a; }
 
 // The record allocator of the ordered map: a fixed record size, records taken from
@@ -57,6 +61,7 @@ public:
 
     void Reserve(size_t /*pRecordCount*/) {}
     void* AllocateRecords(size_t pRecordCount = 1) { return QelMalloc(mRecordSize * pRecordCount); }
+    // NOLINTNEXTLINE(readability-identifier-naming): the interface names the parameter p.
     void FreeMemory(void* p) { QelFree(p); }
     size_t GetRecordSize() const { return mRecordSize; }
 

@@ -187,7 +187,9 @@ public:
 
     // Copies the arrays that pOther's reference mode selects (the other keeps its
     // contents), then the two modes. A missing array of this element is reported
-    // ("mDirectArray != NULL", "mIndexArray != NULL") and not assigned to.
+    // ("mDirectArray != NULL", "mIndexArray != NULL") and not assigned to. Assigning an
+    // element to itself is safe: the arrays' own assignment leaves an array as it is.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
     QelLayerElementTemplate& operator=(const QelLayerElementTemplate& pOther);
 
 protected:

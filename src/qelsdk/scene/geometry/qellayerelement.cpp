@@ -170,6 +170,8 @@ void QelLayerElement::Destruct()
     if (DecRefCount() == 0) QelDelete(this);
 }
 
+// Copying two enumerations is safe on the element itself.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 QelLayerElement& QelLayerElement::operator=(const QelLayerElement& pOther)
 {
     mMappingMode = pOther.mMappingMode;
@@ -266,8 +268,10 @@ const QelLayerElementArrayTemplate<int>& QelLayerElementTemplate<T>::GetIndexArr
     return const_cast<QelLayerElementTemplate*>(this)->GetIndexArray();
 }
 
+// The arrays' own assignment leaves an array assigned to itself as it is.
 template <class T>
 QelLayerElementTemplate<T>&
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 QelLayerElementTemplate<T>::operator=(const QelLayerElementTemplate& pOther)
 {
     if (!mDirectArray)
@@ -290,7 +294,8 @@ bool WriteArray(QelStream& pStream, QelLayerElementArray& pArray)
     const int lCount = pArray.GetCount();
     if (!internal::QelWriteInt(pStream, lCount)) return false;
     if (lCount <= 0) return true;
-    const long long lBytes = static_cast<long long>(lCount) * pArray.GetStride();
+    const long long lBytes =
+        static_cast<long long>(lCount) * static_cast<long long>(pArray.GetStride());
     if (lBytes > INT_MAX) return false;
     void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
     if (!lItems) {
@@ -316,7 +321,8 @@ bool ReadArray(const QelStream& pStream, QelLayerElementArray& pArray)
     if (pStream.Read(&lCount, 4) != 4) return false;
     pArray.Resize(lCount);
     if (lCount <= 0) return true;
-    const long long lBytes = static_cast<long long>(lCount) * pArray.GetStride();
+    const long long lBytes =
+        static_cast<long long>(lCount) * static_cast<long long>(pArray.GetStride());
     if (pArray.GetCount() != lCount || lBytes > INT_MAX) return false;
     void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
     if (!lItems) {

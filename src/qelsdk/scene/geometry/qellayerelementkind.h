@@ -53,6 +53,7 @@ inline bool QelRegister(QelLayerElement& pElement, QelLayerContainer* pOwner, in
 template <class TKind>
 TKind* QelCreateElement(QelLayerContainer* pOwner, const char* pName, const QelDataType& pType)
 {
+    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
     TKind* tmp = QelNew<TKind>();
     if (!tmp) {
         _QelAssert(sLayerSourceFile, "Create", __LINE__, false, "%s", "tmp != NULL");

@@ -1,7 +1,7 @@
 #include <qelsdk/scene/geometry/qellayerelementuserdata.h>
 
-#include "qelsdk/scene/geometry/qellayerelementkind.h"
 #include "qelsdk/core/base/qelreport.h"
+#include "qelsdk/scene/geometry/qellayerelementkind.h"
 #include "qelsdk/scene/geometry/qellayerimp.h"
 
 #include <qelsdk/core/base/qelalloc.h>
@@ -96,6 +96,7 @@ QelLayerElementUserData* QelLayerElementUserData::Create(QelLayerContainer* pOwn
                                                          QelArray<QelDataType>& pDataTypes,
                                                          QelArray<const char*>& pDataNames)
 {
+    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
     QelLayerElementUserData* tmp = QelNew<QelLayerElementUserData>(pId, pDataTypes, pDataNames);
     if (!tmp) return ReportNoElement();
     tmp->SetName(pName);
@@ -108,6 +109,7 @@ QelLayerElementUserData* QelLayerElementUserData::Create(QelLayerContainer* pOwn
 QelLayerElementUserData* QelLayerElementUserData::Create(QelLayerContainer* pOwner,
                                                          const QelLayerElementUserData& pOther)
 {
+    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
     QelLayerElementUserData* tmp = QelNew<QelLayerElementUserData>(pOther);
     if (!tmp) return ReportNoElement();
     const bool lWhole = tmp->Holds(pOther.GetDataTypeCount(), pOther.GetDataNameCount()) &&
