@@ -1,0 +1,881 @@
+#include "qelsdk/scene/geometry/qellayerutils.h"
+
+#include "qelsdk/core/base/qelarray.h"
+#include "qelsdk/scene/geometry/qellayer.h"
+#include "qelsdk/scene/geometry/qelmesh.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace qelsdk {
+namespace {
+
+typedef QelLayerElement Element;
+
+// Item types whose components are doubles: the ones a tolerance and an average apply to.
+template <class T> struct IsFloatItem : std::false_type
+{
+};
+template <> struct IsFloatItem<QelVector4> : std::true_type
+{
+};
+template <> struct IsFloatItem<QelVector2> : std::true_type
+{
+};
+template <> struct IsFloatItem<QelColor> : std::true_type
+{
+};
+template <> struct IsFloatItem<double> : std::true_type
+{
+};
+
+// User data keeps pointers to the channel arrays it owns in its direct array.
+template <class T> constexpr bool sIsUserData = std::is_same<T, void*>::value;
+
+template <class T> struct ElementArrays
+{
+    QelLayerElementArrayTemplate<T>& mDirect;
+    QelLayerElementArrayTemplate<int>& mIndex;
+};
+
+// Both arrays of an element. The getters report a reference mode that does not
+// select their array, which is no misuse here: the mode is lent for the call.
+template <class T> ElementArrays<T> ArraysOf(QelLayerElementTemplate<T>& pElement)
+{
+    const Element::EReferenceMode lMode = pElement.GetReferenceMode();
+    pElement.SetReferenceMode(Element::eIndexToDirect);
+    ElementArrays<T> lArrays{pElement.GetDirectArray(), pElement.GetIndexArray()};
+    pElement.SetReferenceMode(lMode);
+    return lArrays;
+}
+
+bool IsLocked(const QelLayerElementArray& pArray)
+{
+    return pArray.IsWriteLocked() || pArray.GetReadLockCount() > 0;
+}
+
+template <class T> bool IsLocked(const ElementArrays<T>& pArrays)
+{
+    return IsLocked(pArrays.mDirect) || IsLocked(pArrays.mIndex);
+}
+
+// The items of an array under a read lock held for the view's life. An empty array
+// hands out no buffer and needs no lock.
+template <class T> class ReadView
+{
+public:
+    explicit ReadView(QelLayerElementArray& pArray)
+        : mArray(pArray), mCount(pArray.GetCount()), mItems(nullptr)
+    {
+        if (mCount > 0) mItems = static_cast<T*>(pArray.GetLocked(QelLayerElementArray::eReadLock));
+    }
+    ~ReadView()
+    {
+        void* lItems = mItems;
+        if (lItems) mArray.Release(&lItems);
+    }
+    ReadView(const ReadView&) = delete;
+    ReadView& operator=(const ReadView&) = delete;
+
+    bool Failed() const { return mCount > 0 && !mItems; }
+    int Count() const { return mCount; }
+    const T* Items() const { return mItems; }
+
+private:
+    QelLayerElementArray& mArray;
+    int mCount;
+    T* mItems;
+};
+
+// Gives pArray exactly pCount items copied from pItems. Growing may need memory and
+// gives false with the array as it was; shrinking never does: the count drops first,
+// and the block is trimmed afterwards when the allocator allows.
+template <class T> bool Store(QelLayerElementArray& pArray, const T* pItems, int pCount)
+{
+    if (pCount > pArray.GetCount()) {
+        pArray.Resize(pCount);
+        if (pArray.GetCount() != pCount) return false;
+    } else {
+        pArray.SetCount(pCount);
+        pArray.Resize(pCount);
+    }
+    if (pCount == 0) return true;
+    void* lBuffer = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
+    std::memcpy(lBuffer, pItems, sizeof(T) * static_cast<size_t>(pCount));
+    pArray.Release(&lBuffer);
+    return true;
+}
+
+// A QelArray of exactly pCount items; false when it cannot be allocated.
+template <class T> bool Allocate(QelArray<T>& pArray, int pCount)
+{
+    return pCount == 0 || pArray.Resize(pCount);
+}
+
+// The element's items as its mapping sees them: the direct items, or the direct
+// items its indices name.
+template <class T>
+EQelLayerUtilStatus Resolve(QelLayerElementTemplate<T>& pElement, QelArray<T>& pItems)
+{
+    const Element::EReferenceMode lMode = pElement.GetReferenceMode();
+    if (lMode != Element::eDirect && lMode != Element::eIndexToDirect)
+        return eQelUtilBadReferenceMode;
+    ElementArrays<T> lArrays = ArraysOf(pElement);
+    if (IsLocked(lArrays)) return eQelUtilLocked;
+    ReadView<T> lDirect(lArrays.mDirect);
+    if (lDirect.Failed()) return eQelUtilLocked;
+    if (lMode == Element::eDirect) {
+        if (!Allocate(pItems, lDirect.Count())) return eQelUtilOutOfMemory;
+        if (lDirect.Count() > 0)
+            std::memcpy(static_cast<void*>(pItems.GetArray()), lDirect.Items(),
+                        sizeof(T) * static_cast<size_t>(lDirect.Count()));
+        return eQelUtilOk;
+    }
+    ReadView<int> lIndex(lArrays.mIndex);
+    if (lIndex.Failed()) return eQelUtilLocked;
+    for (int i = 0; i < lIndex.Count(); ++i)
+        if (lIndex.Items()[i] < 0 || lIndex.Items()[i] >= lDirect.Count())
+            return eQelUtilIndexOutOfRange;
+    if (!Allocate(pItems, lIndex.Count())) return eQelUtilOutOfMemory;
+    for (int i = 0; i < lIndex.Count(); ++i)
+        pItems.GetArray()[i] = lDirect.Items()[lIndex.Items()[i]];
+    return eQelUtilOk;
+}
+
+// Makes pItems the element's direct items, with no indices, under pMapping.
+template <class T>
+EQelLayerUtilStatus CommitDirect(QelLayerElementTemplate<T>& pElement, const QelArray<T>& pItems,
+                                 Element::EMappingMode pMapping)
+{
+    ElementArrays<T> lArrays = ArraysOf(pElement);
+    if (!Store(lArrays.mDirect, pItems.GetArray(), pItems.Size())) return eQelUtilOutOfMemory;
+    lArrays.mIndex.Clear();
+    pElement.SetReferenceMode(Element::eDirect);
+    pElement.SetMappingMode(pMapping);
+    return eQelUtilOk;
+}
+
+// --- Hashing -----------------------------------------------------------------------
+
+uint64_t Mix(uint64_t pValue)
+{
+    pValue ^= pValue >> 33;
+    pValue *= 0xff51afd7ed558ccdULL;
+    pValue ^= pValue >> 33;
+    pValue *= 0xc4ceb9fe1a85ec53ULL;
+    pValue ^= pValue >> 33;
+    return pValue;
+}
+
+template <class T> uint64_t HashBytes(const T& pItem)
+{
+    unsigned char lBytes[sizeof(T)];
+    std::memcpy(lBytes, &pItem, sizeof(T));
+    uint64_t lHash = sizeof(T);
+    for (size_t i = 0; i < sizeof(T); i += 8) {
+        uint64_t lWord = 0;
+        std::memcpy(&lWord, lBytes + i, QelMin<size_t>(8, sizeof(T) - i));
+        lHash = Mix(lHash ^ lWord);
+    }
+    return lHash;
+}
+
+template <class T> bool SameBytes(const T& pA, const T& pB)
+{
+    return std::memcmp(&pA, &pB, sizeof(T)) == 0;
+}
+
+// Open addressing with linear probing over ints: a slot holds a value + 1, 0 when
+// free. At most half the slots are ever used, so every probe ends at a free slot.
+class SlotTable
+{
+public:
+    bool Init(int pEntries)
+    {
+        long long lCapacity = 16;
+        while (lCapacity < 2LL * pEntries)
+            lCapacity *= 2;
+        if (lCapacity > INT_MAX || !mSlots.Resize(static_cast<int>(lCapacity))) return false;
+        mMask = static_cast<uint64_t>(lCapacity - 1);
+        return true;
+    }
+
+    // The first value along pHash's probe that pSame accepts, or -1.
+    template <class Same> int Find(uint64_t pHash, Same pSame) const
+    {
+        for (uint64_t i = pHash & mMask;; i = (i + 1) & mMask) {
+            const int lSlot = mSlots.GetArray()[i];
+            if (lSlot == 0) return -1;
+            if (pSame(lSlot - 1)) return lSlot - 1;
+        }
+    }
+
+    // As Find, but a value that is not found is pValue, stored in the free slot.
+    template <class Same> int FindOrAdd(uint64_t pHash, int pValue, Same pSame)
+    {
+        for (uint64_t i = pHash & mMask;; i = (i + 1) & mMask) {
+            int& lSlot = mSlots.GetArray()[i];
+            if (lSlot == 0) {
+                lSlot = pValue + 1;
+                return pValue;
+            }
+            if (pSame(lSlot - 1)) return lSlot - 1;
+        }
+    }
+
+private:
+    QelArray<int> mSlots;
+    uint64_t mMask = 0;
+};
+
+// --- Welding -----------------------------------------------------------------------
+
+// The outcome of a weld: the class of every item and the position of each class's
+// first item.
+struct WeldClasses
+{
+    QelArray<int> mIndices;
+    QelArray<int> mKept;
+
+    bool Init(int pCount)
+    {
+        return Allocate(mIndices, pCount) && (pCount == 0 || mKept.Reserve(pCount));
+    }
+};
+
+// The class of pItems[pItem] among the items compared by their bytes in pTable: an
+// earlier class, or a new one.
+template <class T>
+int ClassByBytes(const T* pItems, int pItem, SlotTable& pTable, WeldClasses& pClasses)
+{
+    const int lClass =
+        pTable.FindOrAdd(HashBytes(pItems[pItem]), pClasses.mKept.Size(), [&](int pKept) {
+            return SameBytes(pItems[pClasses.mKept.GetArray()[pKept]], pItems[pItem]);
+        });
+    if (lClass == pClasses.mKept.Size()) pClasses.mKept.Add(pItem);
+    return lClass;
+}
+
+template <class T> bool WeldExact(const T* pItems, int pCount, WeldClasses& pClasses)
+{
+    SlotTable lTable;
+    if (!lTable.Init(pCount)) return false;
+    for (int i = 0; i < pCount; ++i)
+        pClasses.mIndices.GetArray()[i] = ClassByBytes(pItems, i, lTable, pClasses);
+    return true;
+}
+
+// Grid cells of a floating-point item for welding within a tolerance.
+template <class T> class ToleranceGrid
+{
+public:
+    static constexpr int sDimensions = static_cast<int>(sizeof(T) / sizeof(double));
+
+    ToleranceGrid(double pTolerance) : mTolerance(pTolerance) {}
+
+    bool Init(int pCount)
+    {
+        return mTable.Init(pCount) &&
+               Allocate(mCells, static_cast<int>(QelMin<long long>(
+                                    INT_MAX, static_cast<long long>(pCount) * sDimensions)));
+    }
+
+    // The cell of pItem, into pCell; false for an item off the grid: a component that
+    // is not finite or too far out for a cell number to be exact.
+    bool CellOf(const T& pItem, long long* pCell) const
+    {
+        double lValues[sDimensions];
+        std::memcpy(lValues, &pItem, sizeof(T));
+        for (int d = 0; d < sDimensions; ++d) {
+            const double lCell = std::floor(lValues[d] / mTolerance);
+            if (!(std::fabs(lCell) < 4503599627370496.0)) return false; // 2^52, NaN too
+            pCell[d] = static_cast<long long>(lCell);
+        }
+        return true;
+    }
+
+    bool Within(const T& pA, const T& pB) const
+    {
+        double lA[sDimensions], lB[sDimensions];
+        std::memcpy(lA, &pA, sizeof(T));
+        std::memcpy(lB, &pB, sizeof(T));
+        for (int d = 0; d < sDimensions; ++d)
+            if (!(std::fabs(lA[d] - lB[d]) <= mTolerance)) return false;
+        return true;
+    }
+
+    // The earliest kept item within tolerance of pItem among the cells around pCell,
+    // or -1.
+    int Nearest(const T* pItems, const WeldClasses& pClasses, const T& pItem,
+                const long long* pCell) const
+    {
+        int lBest = -1;
+        int lOffsets = 1;
+        for (int d = 0; d < sDimensions; ++d)
+            lOffsets *= 3;
+        for (int o = 0; o < lOffsets; ++o) {
+            long long lCell[sDimensions];
+            for (int d = 0, lDigits = o; d < sDimensions; ++d, lDigits /= 3)
+                lCell[d] = pCell[d] + lDigits % 3 - 1;
+            const int lKept =
+                mTable.Find(HashCell(lCell), [&](int pKept) { return IsCell(pKept, lCell); });
+            if (lKept >= 0 && (lBest < 0 || lKept < lBest) &&
+                Within(pItems[pClasses.mKept.GetArray()[lKept]], pItem))
+                lBest = lKept;
+        }
+        return lBest;
+    }
+
+    void Add(int pKept, const long long* pCell)
+    {
+        std::memcpy(mCells.GetArray() + static_cast<size_t>(pKept) * sDimensions, pCell,
+                    sizeof(long long) * sDimensions);
+        mTable.FindOrAdd(HashCell(pCell), pKept, [](int) { return false; });
+    }
+
+private:
+    static uint64_t HashCell(const long long* pCell)
+    {
+        uint64_t lHash = 0;
+        for (int d = 0; d < sDimensions; ++d)
+            lHash = Mix(lHash ^ static_cast<uint64_t>(pCell[d]));
+        return lHash;
+    }
+
+    bool IsCell(int pKept, const long long* pCell) const
+    {
+        return std::memcmp(mCells.GetArray() + static_cast<size_t>(pKept) * sDimensions, pCell,
+                           sizeof(long long) * sDimensions) == 0;
+    }
+
+    double mTolerance;
+    SlotTable mTable;
+    QelArray<long long> mCells;
+};
+
+template <class T>
+bool WeldWithin(const T* pItems, int pCount, double pTolerance, WeldClasses& pClasses)
+{
+    SlotTable lExact;
+    ToleranceGrid<T> lGrid(pTolerance);
+    if (!lExact.Init(pCount) || !lGrid.Init(pCount)) return false;
+    for (int i = 0; i < pCount; ++i) {
+        long long lCell[ToleranceGrid<T>::sDimensions];
+        int lClass;
+        if (!lGrid.CellOf(pItems[i], lCell)) {
+            lClass = ClassByBytes(pItems, i, lExact, pClasses);
+        } else {
+            lClass = lGrid.Nearest(pItems, pClasses, pItems[i], lCell);
+            if (lClass < 0) {
+                lClass = pClasses.mKept.Size();
+                pClasses.mKept.Add(i);
+                lGrid.Add(lClass, lCell);
+            }
+        }
+        pClasses.mIndices.GetArray()[i] = lClass;
+    }
+    return true;
+}
+
+template <class T>
+bool Classify(const T* pItems, int pCount, double pTolerance, WeldClasses& pClasses)
+{
+    if constexpr (IsFloatItem<T>::value) {
+        if (pTolerance > 0.0) return WeldWithin(pItems, pCount, pTolerance, pClasses);
+    }
+    return WeldExact(pItems, pCount, pClasses);
+}
+
+// --- Mapping -----------------------------------------------------------------------
+
+bool IsConvertibleMapping(Element::EMappingMode pMapping)
+{
+    return pMapping == Element::eByControlPoint || pMapping == Element::ePerPolygonVertex ||
+           pMapping == Element::ePerPolygon || pMapping == Element::eAllSame;
+}
+
+int ItemCountFor(const QelMesh& pMesh, Element::EMappingMode pMapping)
+{
+    switch (pMapping) {
+    case Element::eByControlPoint:
+        return pMesh.GetControlPointsCount();
+    case Element::ePerPolygonVertex:
+        return pMesh.GetPolygonVertexCount();
+    case Element::ePerPolygon:
+        return pMesh.GetPolygonCount();
+    default:
+        return 1;
+    }
+}
+
+// The item of a polygon vertex (polygon pPolygon, vertex pVertex, control point
+// pPoint) under a mapping other than eAllSame.
+int ItemOfCorner(Element::EMappingMode pMapping, int pPolygon, int pVertex, int pPoint)
+{
+    if (pMapping == Element::eByControlPoint) return pPoint;
+    return pMapping == Element::ePerPolygonVertex ? pVertex : pPolygon;
+}
+
+// Calls pVisit(polygon, polygon vertex, control point) for every polygon vertex.
+template <class Visit> void ForEachCorner(const QelMesh& pMesh, Visit pVisit)
+{
+    int lVertex = 0;
+    for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
+        const int lSize = pMesh.GetPolygonSize(p);
+        for (int j = 0; j < lSize; ++j)
+            pVisit(p, lVertex++, pMesh.GetPolygonVertex(p, j));
+    }
+}
+
+bool PointsInRange(const QelMesh& pMesh)
+{
+    bool lInRange = true;
+    const int lPoints = pMesh.GetControlPointsCount();
+    ForEachCorner(pMesh, [&](int, int, int pPoint) {
+        lInRange = lInRange && pPoint >= 0 && pPoint < lPoints;
+    });
+    return lInRange;
+}
+
+// For each new item, the old items that fall on it: the sources of item t are
+// mSources[mOffsets[t]] to mSources[mOffsets[t + 1] - 1].
+struct Gathering
+{
+    QelArray<int> mOffsets;
+    QelArray<int> mSources;
+    int mLongest = 0;
+
+    bool Build(const QelMesh& pMesh, Element::EMappingMode pFrom, Element::EMappingMode pTo,
+               int pFromCount, int pToCount)
+    {
+        if (pFrom == Element::eAllSame || pTo == Element::eAllSame) {
+            const int lSources = pFrom == Element::eAllSame ? pToCount : pFromCount;
+            if (!Allocate(mOffsets, pToCount + 1) || !Allocate(mSources, lSources)) return false;
+            for (int t = 0; t <= pToCount; ++t)
+                mOffsets.GetArray()[t] = pFrom == Element::eAllSame ? t : (t ? lSources : 0);
+            for (int i = 0; i < lSources; ++i)
+                mSources.GetArray()[i] = pFrom == Element::eAllSame ? 0 : i;
+            mLongest = pFrom == Element::eAllSame ? 1 : lSources;
+            return true;
+        }
+        if (!Allocate(mOffsets, pToCount + 1) || !Allocate(mSources, pMesh.GetPolygonVertexCount()))
+            return false;
+        int* lOffsets = mOffsets.GetArray();
+        std::memset(lOffsets, 0, sizeof(int) * static_cast<size_t>(pToCount + 1));
+        ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
+            ++lOffsets[ItemOfCorner(pTo, pPolygon, pVertex, pPoint) + 1];
+        });
+        for (int t = 0; t < pToCount; ++t) {
+            mLongest = QelMax(mLongest, lOffsets[t + 1]);
+            lOffsets[t + 1] += lOffsets[t];
+        }
+        // Fills each run from its start, moving the starts along; they end where the
+        // next run begins, and are put back after.
+        ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
+            mSources.GetArray()[lOffsets[ItemOfCorner(pTo, pPolygon, pVertex, pPoint)]++] =
+                ItemOfCorner(pFrom, pPolygon, pVertex, pPoint);
+        });
+        for (int t = pToCount; t > 0; --t)
+            lOffsets[t] = lOffsets[t - 1];
+        lOffsets[0] = 0;
+        return true;
+    }
+};
+
+template <class T> T Zero()
+{
+    T lValue;
+    std::memset(static_cast<void*>(&lValue), 0, sizeof(T));
+    return lValue;
+}
+
+// The most frequent value, ties to the smallest; pScratch holds pCount ints.
+int Vote(const int* pItems, const int* pSources, int pCount, int* pScratch)
+{
+    for (int i = 0; i < pCount; ++i)
+        pScratch[i] = pItems[pSources[i]];
+    std::sort(pScratch, pScratch + pCount);
+    int lBest = pScratch[0], lBestRun = 0;
+    for (int i = 0, lRun = 0; i < pCount; ++i) {
+        lRun = (i > 0 && pScratch[i] == pScratch[i - 1]) ? lRun + 1 : 1;
+        if (lRun > lBestRun) {
+            lBest = pScratch[i];
+            lBestRun = lRun;
+        }
+    }
+    return lBest;
+}
+
+bool Vote(const bool* pItems, const int* pSources, int pCount, int*)
+{
+    int lTrue = 0;
+    for (int i = 0; i < pCount; ++i)
+        lTrue += pItems[pSources[i]] ? 1 : 0;
+    return lTrue > pCount - lTrue;
+}
+
+// The mean of the items; QelVector4 items (normals, binormals, tangents) then have
+// their direction scaled to length 1.
+template <class T> T Average(const T* pItems, const int* pSources, int pCount)
+{
+    constexpr int lDimensions = static_cast<int>(sizeof(T) / sizeof(double));
+    double lSum[lDimensions] = {};
+    for (int i = 0; i < pCount; ++i) {
+        double lValues[lDimensions];
+        std::memcpy(lValues, &pItems[pSources[i]], sizeof(T));
+        for (int d = 0; d < lDimensions; ++d)
+            lSum[d] += lValues[d];
+    }
+    for (int d = 0; d < lDimensions; ++d)
+        lSum[d] /= pCount;
+    if constexpr (std::is_same<T, QelVector4>::value) {
+        const double lLength = std::sqrt(lSum[0] * lSum[0] + lSum[1] * lSum[1] + lSum[2] * lSum[2]);
+        if (lLength > 0.0)
+            for (int d = 0; d < 3; ++d)
+                lSum[d] /= lLength;
+    }
+    T lResult;
+    std::memcpy(static_cast<void*>(&lResult), lSum, sizeof(T));
+    return lResult;
+}
+
+template <class T> T Merge(const T* pItems, const int* pSources, int pCount, int* pScratch)
+{
+    if (pCount == 0) return Zero<T>();
+    if (pCount == 1) return pItems[pSources[0]];
+    if constexpr (IsFloatItem<T>::value) {
+        (void)pScratch;
+        return Average(pItems, pSources, pCount);
+    } else {
+        return Vote(pItems, pSources, pCount, pScratch);
+    }
+}
+
+template <class T>
+EQelLayerUtilStatus ChangeMapping(QelLayerElementTemplate<T>& pElement, const QelMesh& pMesh,
+                                  Element::EMappingMode pMapping)
+{
+    const Element::EMappingMode lFrom = pElement.GetMappingMode();
+    if (!IsConvertibleMapping(lFrom) || !IsConvertibleMapping(pMapping))
+        return eQelUtilBadMappingMode;
+    if (lFrom == pMapping) return eQelUtilOk;
+    if ((lFrom == Element::eByControlPoint || pMapping == Element::eByControlPoint) &&
+        !PointsInRange(pMesh))
+        return eQelUtilIndexOutOfRange;
+    QelArray<T> lItems;
+    const EQelLayerUtilStatus lStatus = Resolve(pElement, lItems);
+    if (lStatus != eQelUtilOk) return lStatus;
+    if (lItems.Size() != ItemCountFor(pMesh, lFrom)) return eQelUtilCountMismatch;
+    const int lCount = ItemCountFor(pMesh, pMapping);
+    Gathering lGathering;
+    QelArray<T> lMerged;
+    QelArray<int> lScratch;
+    if (!lGathering.Build(pMesh, lFrom, pMapping, lItems.Size(), lCount) ||
+        !Allocate(lMerged, lCount) ||
+        (std::is_same<T, int>::value && !Allocate(lScratch, lGathering.mLongest)))
+        return eQelUtilOutOfMemory;
+    const int* lOffsets = lGathering.mOffsets.GetArray();
+    for (int t = 0; t < lCount; ++t)
+        lMerged.GetArray()[t] =
+            Merge(lItems.GetArray(), lGathering.mSources.GetArray() + lOffsets[t],
+                  lOffsets[t + 1] - lOffsets[t], lScratch.GetArray());
+    return CommitDirect(pElement, lMerged, pMapping);
+}
+
+// --- Normals -----------------------------------------------------------------------
+
+struct Vec3
+{
+    double x, y, z;
+};
+
+Vec3 operator-(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+Vec3 Cross(const Vec3& a, const Vec3& b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+double Dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+double Length(const Vec3& a) { return std::sqrt(Dot(a, a)); }
+
+Vec3 PointOf(const QelMesh& pMesh, int pPoint)
+{
+    const QelVector4 lPoint = pMesh.GetControlPointAt(pPoint);
+    return {lPoint[0], lPoint[1], lPoint[2]};
+}
+
+// The unit normal of a polygon by Newell's method, or false for a degenerate one.
+bool PolygonNormal(const Vec3* pPoints, int pSize, Vec3& pNormal)
+{
+    if (pSize < 3) return false;
+    Vec3 lNewell{0.0, 0.0, 0.0};
+    double lEdges = 0.0;
+    for (int i = 0; i < pSize; ++i) {
+        const Vec3& a = pPoints[i];
+        const Vec3& b = pPoints[i + 1 == pSize ? 0 : i + 1];
+        lNewell.x += (a.y - b.y) * (a.z + b.z);
+        lNewell.y += (a.z - b.z) * (a.x + b.x);
+        lNewell.z += (a.x - b.x) * (a.y + b.y);
+        const Vec3 lEdge = b - a;
+        lEdges += Dot(lEdge, lEdge);
+    }
+    const double lLength = Length(lNewell);
+    if (!(lLength > 1e-10 * lEdges)) return false;
+    pNormal = {lNewell.x / lLength, lNewell.y / lLength, lNewell.z / lLength};
+    return true;
+}
+
+// The angle of a polygon at pPoints[i].
+double CornerAngle(const Vec3* pPoints, int pSize, int i)
+{
+    const Vec3 lToPrevious = pPoints[i == 0 ? pSize - 1 : i - 1] - pPoints[i];
+    const Vec3 lToNext = pPoints[i + 1 == pSize ? 0 : i + 1] - pPoints[i];
+    return std::atan2(Length(Cross(lToPrevious, lToNext)), Dot(lToPrevious, lToNext));
+}
+
+// Where each polygon vertex adds its weighted normal: one sum per control point, or,
+// with smoothing groups, one per control point and non-zero group (found through a
+// hash table) and none for the vertices of hard polygons.
+class NormalSums
+{
+public:
+    bool Init(const QelMesh& pMesh, const int* pGroups)
+    {
+        mGroups = pGroups;
+        const int lSums = pGroups ? pMesh.GetPolygonVertexCount() : pMesh.GetControlPointsCount();
+        if (!Allocate(mSums, lSums)) return false;
+        if (lSums > 0) std::memset(static_cast<void*>(mSums.GetArray()), 0, sizeof(Vec3) * lSums);
+        return !pGroups || (mTable.Init(lSums) && (lSums == 0 || mKeys.Reserve(lSums)));
+    }
+
+    // The sum of a polygon vertex; -1 for a vertex of a hard polygon.
+    int SumOf(int pPolygon, int pPoint)
+    {
+        if (!mGroups) return pPoint;
+        const int lGroup = mGroups[pPolygon];
+        if (lGroup == 0) return -1;
+        const uint64_t lKey = static_cast<uint64_t>(static_cast<uint32_t>(pPoint)) << 32 |
+                              static_cast<uint32_t>(lGroup);
+        const int lSum = mTable.FindOrAdd(Mix(lKey), mKeys.Size(),
+                                          [&](int pSum) { return mKeys.GetArray()[pSum] == lKey; });
+        if (lSum == mKeys.Size()) mKeys.Add(lKey);
+        return lSum;
+    }
+
+    void Add(int pSum, const Vec3& pNormal, double pWeight)
+    {
+        Vec3& lSum = mSums.GetArray()[pSum];
+        lSum.x += pNormal.x * pWeight;
+        lSum.y += pNormal.y * pWeight;
+        lSum.z += pNormal.z * pWeight;
+    }
+
+    const Vec3& Sum(int pSum) const { return mSums.GetArray()[pSum]; }
+
+private:
+    const int* mGroups = nullptr;
+    QelArray<Vec3> mSums;
+    QelArray<uint64_t> mKeys;
+    SlotTable mTable;
+};
+
+QelVector4 UnitNormal(const Vec3& pSum)
+{
+    const double lLength = Length(pSum);
+    if (!(lLength > 0.0)) return QelVector4(0.0, 0.0, 0.0, 0.0);
+    return QelVector4(pSum.x / lLength, pSum.y / lLength, pSum.z / lLength, 0.0);
+}
+
+int LongestPolygon(const QelMesh& pMesh)
+{
+    int lLongest = 0;
+    for (int p = 0; p < pMesh.GetPolygonCount(); ++p)
+        lLongest = QelMax(lLongest, pMesh.GetPolygonSize(p));
+    return lLongest;
+}
+
+// The smoothing groups of a by-polygon smoothing element of pLayer, into pGroups;
+// pGroups stays empty (and pUse false) when there is none to follow.
+EQelLayerUtilStatus SmoothingGroups(const QelMesh& pMesh, QelLayer* pLayer, QelArray<int>& pGroups,
+                                    bool& pUse)
+{
+    QelLayerElementSmoothing* lSmoothing = pLayer ? pLayer->GetSmoothing() : nullptr;
+    pUse = lSmoothing && lSmoothing->GetMappingMode() == Element::ePerPolygon;
+    if (!pUse) return eQelUtilOk;
+    const EQelLayerUtilStatus lStatus = Resolve(*lSmoothing, pGroups);
+    if (lStatus != eQelUtilOk) return lStatus;
+    return pGroups.Size() == pMesh.GetPolygonCount() ? eQelUtilOk : eQelUtilCountMismatch;
+}
+
+// Computes the normals into pNormals, one per control point or polygon vertex.
+bool ComputeInto(const QelMesh& pMesh, Element::EMappingMode pMapping, const int* pGroups,
+                 QelArray<QelVector4>& pNormals)
+{
+    NormalSums lSums;
+    QelArray<Vec3> lPoints, lFaces;
+    const int lCount = ItemCountFor(pMesh, pMapping);
+    if (!lSums.Init(pMesh, pGroups) || !Allocate(lPoints, LongestPolygon(pMesh)) ||
+        !Allocate(lFaces, pMesh.GetPolygonCount()) || !Allocate(pNormals, lCount))
+        return false;
+    Vec3* lPoint = lPoints.GetArray();
+    for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
+        const int lSize = pMesh.GetPolygonSize(p);
+        for (int j = 0; j < lSize; ++j)
+            lPoint[j] = PointOf(pMesh, pMesh.GetPolygonVertex(p, j));
+        Vec3& lFace = lFaces.GetArray()[p];
+        lFace = {0.0, 0.0, 0.0};
+        if (!PolygonNormal(lPoint, lSize, lFace)) continue;
+        for (int j = 0; j < lSize; ++j) {
+            const int lSum = lSums.SumOf(p, pMesh.GetPolygonVertex(p, j));
+            if (lSum >= 0) lSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, j));
+        }
+    }
+    QelVector4* lNormals = pNormals.GetArray();
+    if (pMapping == Element::eByControlPoint) {
+        for (int i = 0; i < lCount; ++i)
+            lNormals[i] = UnitNormal(lSums.Sum(i));
+        return true;
+    }
+    // The sums exist already: SumOf only finds them again.
+    ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
+        const int lSum = lSums.SumOf(pPolygon, pPoint);
+        lNormals[pVertex] = UnitNormal(lSum >= 0 ? lSums.Sum(lSum) : lFaces.GetArray()[pPolygon]);
+    });
+    return true;
+}
+
+// The layer and its normal element to write into, made when missing. A normal
+// element made here is undone by Discard.
+struct NormalTarget
+{
+    QelLayer* mLayer = nullptr;
+    QelLayerElementNormal* mElement = nullptr;
+    bool mCreated = false;
+
+    bool Make(QelMesh& pMesh, int pLayerIndex)
+    {
+        if (!mLayer) {
+            if (pMesh.CreateLayer() < 0) return false;
+            mLayer = pMesh.GetLayer(pLayerIndex);
+        }
+        if (mElement) return true;
+        mElement = QelLayerElementNormal::Create(&pMesh, "");
+        if (!mElement) return false;
+        mLayer->SetNormals(mElement);
+        mCreated = true;
+        return true;
+    }
+
+    void Discard()
+    {
+        if (!mCreated) return;
+        mLayer->SetNormals(nullptr);
+        mElement->Destroy();
+    }
+};
+
+} // namespace
+
+template <class T> EQelLayerUtilStatus QelFlatten(QelLayerElementTemplate<T>& pElement)
+{
+    if (sIsUserData<T>) return eQelUtilUnsupportedKind;
+    if (pElement.GetReferenceMode() == Element::eDirect) return eQelUtilOk;
+    QelArray<T> lItems;
+    const EQelLayerUtilStatus lStatus = Resolve(pElement, lItems);
+    if (lStatus != eQelUtilOk) return lStatus;
+    return CommitDirect(pElement, lItems, pElement.GetMappingMode());
+}
+
+template <class T>
+EQelLayerUtilStatus QelWeld(QelLayerElementTemplate<T>& pElement, double pTolerance)
+{
+    if (sIsUserData<T>) return eQelUtilUnsupportedKind;
+    if (!(pTolerance >= 0.0) || (pTolerance > 0.0 && !IsFloatItem<T>::value))
+        return eQelUtilBadTolerance;
+    if (pElement.GetReferenceMode() != Element::eDirect) return eQelUtilBadReferenceMode;
+    ElementArrays<T> lArrays = ArraysOf(pElement);
+    if (IsLocked(lArrays)) return eQelUtilLocked;
+    WeldClasses lClasses;
+    QelArray<T> lKept;
+    {
+        ReadView<T> lDirect(lArrays.mDirect);
+        if (lDirect.Failed()) return eQelUtilLocked;
+        if (!lClasses.Init(lDirect.Count()) ||
+            !Classify(lDirect.Items(), lDirect.Count(), pTolerance, lClasses) ||
+            !Allocate(lKept, lClasses.mKept.Size()))
+            return eQelUtilOutOfMemory;
+        for (int k = 0; k < lKept.Size(); ++k)
+            lKept.GetArray()[k] = lDirect.Items()[lClasses.mKept.GetArray()[k]];
+    }
+    // The index array grows, which may fail; the direct array only shrinks, which
+    // cannot.
+    if (!Store(lArrays.mIndex, lClasses.mIndices.GetArray(), lClasses.mIndices.Size()))
+        return eQelUtilOutOfMemory;
+    Store(lArrays.mDirect, lKept.GetArray(), lKept.Size());
+    pElement.SetReferenceMode(Element::eIndexToDirect);
+    return eQelUtilOk;
+}
+
+template <class T>
+EQelLayerUtilStatus QelChangeMapping(QelLayerElementTemplate<T>& pElement, const QelMesh& pMesh,
+                                     QelLayerElement::EMappingMode pMapping)
+{
+    if constexpr (std::is_pointer<T>::value) {
+        (void)pElement;
+        (void)pMesh;
+        (void)pMapping;
+        return eQelUtilUnsupportedKind;
+    } else {
+        return ChangeMapping(pElement, pMesh, pMapping);
+    }
+}
+
+EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
+                                      QelLayerElement::EMappingMode pMapping)
+{
+    if (pMapping != Element::eByControlPoint && pMapping != Element::ePerPolygonVertex)
+        return eQelUtilBadMappingMode;
+    if (pLayerIndex < 0 || pLayerIndex > pMesh.GetLayerCount()) return eQelUtilBadLayer;
+    if (!PointsInRange(pMesh)) return eQelUtilIndexOutOfRange;
+    NormalTarget lTarget;
+    lTarget.mLayer = pMesh.GetLayer(pLayerIndex);
+    lTarget.mElement = lTarget.mLayer ? lTarget.mLayer->GetNormals() : nullptr;
+    if (lTarget.mElement && IsLocked(ArraysOf(*lTarget.mElement))) return eQelUtilLocked;
+    QelArray<int> lGroups;
+    bool lUseGroups = false;
+    if (pMapping == Element::ePerPolygonVertex) {
+        const EQelLayerUtilStatus lStatus =
+            SmoothingGroups(pMesh, lTarget.mLayer, lGroups, lUseGroups);
+        if (lStatus != eQelUtilOk) return lStatus;
+    }
+    QelArray<QelVector4> lNormals;
+    if (!ComputeInto(pMesh, pMapping, lUseGroups ? lGroups.GetArray() : nullptr, lNormals) ||
+        !lTarget.Make(pMesh, pLayerIndex))
+        return eQelUtilOutOfMemory;
+    if (CommitDirect(*lTarget.mElement, lNormals, pMapping) != eQelUtilOk) {
+        lTarget.Discard();
+        return eQelUtilOutOfMemory;
+    }
+    return eQelUtilOk;
+}
+
+#define QELSDK_LAYER_UTILS_INSTANTIATE(T)                                                          \
+    template EQelLayerUtilStatus QelFlatten<T>(QelLayerElementTemplate<T>&);                       \
+    template EQelLayerUtilStatus QelWeld<T>(QelLayerElementTemplate<T>&, double);                  \
+    template EQelLayerUtilStatus QelChangeMapping<T>(QelLayerElementTemplate<T>&, const QelMesh&,  \
+                                                     QelLayerElement::EMappingMode);
+QELSDK_LAYER_UTILS_INSTANTIATE(QelVector4)
+QELSDK_LAYER_UTILS_INSTANTIATE(QelVector2)
+QELSDK_LAYER_UTILS_INSTANTIATE(QelColor)
+QELSDK_LAYER_UTILS_INSTANTIATE(int)
+QELSDK_LAYER_UTILS_INSTANTIATE(double)
+QELSDK_LAYER_UTILS_INSTANTIATE(bool)
+QELSDK_LAYER_UTILS_INSTANTIATE(QelSurfaceMaterial*)
+QELSDK_LAYER_UTILS_INSTANTIATE(QelTexture*)
+QELSDK_LAYER_UTILS_INSTANTIATE(void*)
+#undef QELSDK_LAYER_UTILS_INSTANTIATE
+
+} // namespace qelsdk
