@@ -91,18 +91,26 @@ private:
     T* mItems;
 };
 
-// Gives pArray exactly pCount items copied from pItems. Growing may need memory and
-// gives false with the array as it was; shrinking never does: the count drops first,
-// and the block is trimmed afterwards when the allocator allows.
-template <class T> bool Store(QelLayerElementArray& pArray, const T* pItems, int pCount)
+// Gives pArray exactly pCount items. Growing may need memory and gives false with the
+// array as it was; shrinking never does: the count drops first, and the block is
+// trimmed afterwards when the allocator allows. Items kept or gained are the caller's
+// to overwrite.
+bool SetItemCount(QelLayerElementArray& pArray, int pCount)
 {
     if (pCount > pArray.GetCount()) {
         pArray.Resize(pCount);
-        if (pArray.GetCount() != pCount) return false;
-    } else {
-        pArray.SetCount(pCount);
-        pArray.Resize(pCount);
+        return pArray.GetCount() == pCount;
     }
+    pArray.SetCount(pCount);
+    pArray.Resize(pCount);
+    return true;
+}
+
+// Gives pArray exactly pCount items copied from pItems; false, with the array as it
+// was, when it cannot grow.
+template <class T> bool Store(QelLayerElementArray& pArray, const T* pItems, int pCount)
+{
+    if (!SetItemCount(pArray, pCount)) return false;
     if (pCount == 0) return true;
     void* lBuffer = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
     std::memcpy(lBuffer, pItems, sizeof(T) * static_cast<size_t>(pCount));
@@ -110,7 +118,8 @@ template <class T> bool Store(QelLayerElementArray& pArray, const T* pItems, int
     return true;
 }
 
-// A QelArray of exactly pCount items; false when it cannot be allocated.
+// A QelArray of exactly pCount items, zero when the array was empty; false when it
+// cannot be allocated.
 template <class T> bool Allocate(QelArray<T>& pArray, int pCount)
 {
     return pCount == 0 || pArray.Resize(pCount);
@@ -646,8 +655,8 @@ public:
     {
         mGroups = pGroups;
         const int lSums = pGroups ? pMesh.GetPolygonVertexCount() : pMesh.GetControlPointsCount();
+        // A fresh QelArray comes zeroed: every sum starts at 0.
         if (!Allocate(mSums, lSums)) return false;
-        if (lSums > 0) std::memset(static_cast<void*>(mSums.GetArray()), 0, sizeof(Vec3) * lSums);
         return !pGroups || (mTable.Init(lSums) && (lSums == 0 || mKeys.Reserve(lSums)));
     }
 
@@ -710,42 +719,54 @@ EQelLayerUtilStatus SmoothingGroups(const QelMesh& pMesh, QelLayer* pLayer, QelA
     return pGroups.Size() == pMesh.GetPolygonCount() ? eQelUtilOk : eQelUtilCountMismatch;
 }
 
-// Computes the normals into pNormals, one per control point or polygon vertex.
-bool ComputeInto(const QelMesh& pMesh, Element::EMappingMode pMapping, const int* pGroups,
-                 QelArray<QelVector4>& pNormals)
+// The weighted sums of a mesh's polygon normals, ready to be written out as unit
+// normals, one per control point or polygon vertex.
+class MeshNormals
 {
-    NormalSums lSums;
-    QelArray<Vec3> lPoints, lFaces;
-    const int lCount = ItemCountFor(pMesh, pMapping);
-    if (!lSums.Init(pMesh, pGroups) || !Allocate(lPoints, LongestPolygon(pMesh)) ||
-        !Allocate(lFaces, pMesh.GetPolygonCount()) || !Allocate(pNormals, lCount))
-        return false;
-    Vec3* lPoint = lPoints.GetArray();
-    for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
-        const int lSize = pMesh.GetPolygonSize(p);
-        for (int j = 0; j < lSize; ++j)
-            lPoint[j] = PointOf(pMesh, pMesh.GetPolygonVertex(p, j));
-        Vec3& lFace = lFaces.GetArray()[p];
-        lFace = {0.0, 0.0, 0.0};
-        if (!PolygonNormal(lPoint, lSize, lFace)) continue;
-        for (int j = 0; j < lSize; ++j) {
-            const int lSum = lSums.SumOf(p, pMesh.GetPolygonVertex(p, j));
-            if (lSum >= 0) lSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, j));
+public:
+    bool Compute(const QelMesh& pMesh, const int* pGroups)
+    {
+        QelArray<Vec3> lPoints;
+        if (!mSums.Init(pMesh, pGroups) || !Allocate(lPoints, LongestPolygon(pMesh)) ||
+            (pGroups && !Allocate(mFaces, pMesh.GetPolygonCount())))
+            return false;
+        Vec3* lPoint = lPoints.GetArray();
+        for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
+            const int lSize = pMesh.GetPolygonSize(p);
+            for (int j = 0; j < lSize; ++j)
+                lPoint[j] = PointOf(pMesh, pMesh.GetPolygonVertex(p, j));
+            Vec3 lFace{0.0, 0.0, 0.0};
+            const bool lSolid = PolygonNormal(lPoint, lSize, lFace);
+            if (pGroups) mFaces.GetArray()[p] = lFace;
+            if (!lSolid) continue;
+            for (int j = 0; j < lSize; ++j) {
+                const int lSum = mSums.SumOf(p, pMesh.GetPolygonVertex(p, j));
+                if (lSum >= 0) mSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, j));
+            }
         }
-    }
-    QelVector4* lNormals = pNormals.GetArray();
-    if (pMapping == Element::eByControlPoint) {
-        for (int i = 0; i < lCount; ++i)
-            lNormals[i] = UnitNormal(lSums.Sum(i));
         return true;
     }
-    // The sums exist already: SumOf only finds them again.
-    ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
-        const int lSum = lSums.SumOf(pPolygon, pPoint);
-        lNormals[pVertex] = UnitNormal(lSum >= 0 ? lSums.Sum(lSum) : lFaces.GetArray()[pPolygon]);
-    });
-    return true;
-}
+
+    // Writes the ItemCountFor(pMapping) unit normals to pNormals.
+    void WriteTo(const QelMesh& pMesh, Element::EMappingMode pMapping, QelVector4* pNormals)
+    {
+        if (pMapping == Element::eByControlPoint) {
+            for (int i = 0; i < pMesh.GetControlPointsCount(); ++i)
+                pNormals[i] = UnitNormal(mSums.Sum(i));
+            return;
+        }
+        // The sums exist already: SumOf only finds them again.
+        ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
+            const int lSum = mSums.SumOf(pPolygon, pPoint);
+            pNormals[pVertex] =
+                UnitNormal(lSum >= 0 ? mSums.Sum(lSum) : mFaces.GetArray()[pPolygon]);
+        });
+    }
+
+private:
+    NormalSums mSums;
+    QelArray<Vec3> mFaces; // with smoothing groups only: the normals of hard polygons
+};
 
 // The layer and its normal element to write into, made when missing. A normal
 // element made here is undone by Discard.
@@ -851,14 +872,26 @@ EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
             SmoothingGroups(pMesh, lTarget.mLayer, lGroups, lUseGroups);
         if (lStatus != eQelUtilOk) return lStatus;
     }
-    QelArray<QelVector4> lNormals;
-    if (!ComputeInto(pMesh, pMapping, lUseGroups ? lGroups.GetArray() : nullptr, lNormals) ||
+    MeshNormals lNormals;
+    if (!lNormals.Compute(pMesh, lUseGroups ? lGroups.GetArray() : nullptr) ||
         !lTarget.Make(pMesh, pLayerIndex))
         return eQelUtilOutOfMemory;
-    if (CommitDirect(*lTarget.mElement, lNormals, pMapping) != eQelUtilOk) {
+    // The normals go straight into the element, whose array is sized first: the only
+    // step that may fail once the target exists.
+    ElementArrays<QelVector4> lArrays = ArraysOf(*lTarget.mElement);
+    const int lCount = ItemCountFor(pMesh, pMapping);
+    if (!SetItemCount(lArrays.mDirect, lCount)) {
         lTarget.Discard();
         return eQelUtilOutOfMemory;
     }
+    if (lCount > 0) {
+        void* lBuffer = lArrays.mDirect.GetLocked(QelLayerElementArray::eReadWriteLock);
+        lNormals.WriteTo(pMesh, pMapping, static_cast<QelVector4*>(lBuffer));
+        lArrays.mDirect.Release(&lBuffer);
+    }
+    lArrays.mIndex.Clear();
+    lTarget.mElement->SetReferenceMode(Element::eDirect);
+    lTarget.mElement->SetMappingMode(pMapping);
     return eQelUtilOk;
 }
 
