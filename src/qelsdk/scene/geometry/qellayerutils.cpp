@@ -180,7 +180,7 @@ uint64_t Mix(uint64_t pValue)
     return pValue;
 }
 
-template <class T> uint64_t HashBytes(const T& pItem)
+template <class T> uint32_t HashBytes(const T& pItem)
 {
     unsigned char lBytes[sizeof(T)];
     std::memcpy(lBytes, &pItem, sizeof(T));
@@ -190,7 +190,7 @@ template <class T> uint64_t HashBytes(const T& pItem)
         std::memcpy(&lWord, lBytes + i, QelMin<size_t>(8, sizeof(T) - i));
         lHash = Mix(lHash ^ lWord);
     }
-    return lHash;
+    return static_cast<uint32_t>(lHash);
 }
 
 template <class T> bool SameBytes(const T& pA, const T& pB)
@@ -198,83 +198,122 @@ template <class T> bool SameBytes(const T& pA, const T& pB)
     return std::memcmp(&pA, &pB, sizeof(T)) == 0;
 }
 
-// Open addressing with linear probing over ints: a slot holds a value + 1, 0 when
-// free. At most half the slots are ever used, so every probe ends at a free slot.
+// Open addressing with linear probing. A slot holds a value + 1 (0 when free) and the
+// hash it was added under, which spares most comparisons of the items the values
+// stand for and lets the table grow without looking at them. The table doubles before
+// it is half full, so every probe ends at a free slot.
 class SlotTable
 {
+    struct Slot
+    {
+        int mValue;
+        uint32_t mHash;
+    };
+
 public:
+    SlotTable() = default;
+    ~SlotTable() { QelFree(mSlots); }
+    SlotTable(const SlotTable&) = delete;
+    SlotTable& operator=(const SlotTable&) = delete;
+
+    // Room for pEntries values before the table first grows; false without memory.
     bool Init(int pEntries)
     {
-        long long lCapacity = 16;
-        while (lCapacity < 2LL * pEntries)
+        size_t lCapacity = 16;
+        while (lCapacity < 2 * static_cast<size_t>(pEntries) + 2)
             lCapacity *= 2;
-        if (lCapacity > INT_MAX || !mSlots.Resize(static_cast<int>(lCapacity))) return false;
-        mMask = static_cast<uint64_t>(lCapacity - 1);
-        return true;
+        return Reallocate(lCapacity);
     }
 
     // The first value along pHash's probe that pSame accepts, or -1.
-    template <class Same> int Find(uint64_t pHash, Same pSame) const
+    template <class Same> int Find(uint32_t pHash, Same pSame) const
     {
-        for (uint64_t i = pHash & mMask;; i = (i + 1) & mMask) {
-            const int lSlot = mSlots.GetArray()[i];
-            if (lSlot == 0) return -1;
-            if (pSame(lSlot - 1)) return lSlot - 1;
+        for (uint32_t i = pHash & mMask;; i = (i + 1) & mMask) {
+            const Slot& lSlot = mSlots[i];
+            if (lSlot.mValue == 0) return -1;
+            if (lSlot.mHash == pHash && pSame(lSlot.mValue - 1)) return lSlot.mValue - 1;
         }
     }
 
-    // As Find, but a value that is not found is pValue, stored in the free slot.
-    template <class Same> int FindOrAdd(uint64_t pHash, int pValue, Same pSame)
+    // Adds pValue under pHash; false when the table has to grow and cannot.
+    bool Add(uint32_t pHash, int pValue)
     {
-        for (uint64_t i = pHash & mMask;; i = (i + 1) & mMask) {
-            int& lSlot = mSlots.GetArray()[i];
-            if (lSlot == 0) {
-                lSlot = pValue + 1;
-                return pValue;
-            }
-            if (pSame(lSlot - 1)) return lSlot - 1;
-        }
+        const size_t lCapacity = static_cast<size_t>(mMask) + 1;
+        if (2 * (static_cast<size_t>(mCount) + 1) > lCapacity && !Reallocate(2 * lCapacity))
+            return false;
+        Place(pHash, pValue + 1);
+        ++mCount;
+        return true;
     }
 
 private:
-    QelArray<int> mSlots;
-    uint64_t mMask = 0;
+    void Place(uint32_t pHash, int pStored)
+    {
+        uint32_t i = pHash & mMask;
+        while (mSlots[i].mValue != 0)
+            i = (i + 1) & mMask;
+        mSlots[i] = Slot{pStored, pHash};
+    }
+
+    // Moves the entries into a free block of pCapacity slots (a power of 2).
+    bool Reallocate(size_t pCapacity)
+    {
+        if (pCapacity > (size_t(1) << 31)) return false;
+        Slot* lSlots = static_cast<Slot*>(QelMalloc(sizeof(Slot) * pCapacity));
+        if (!lSlots) return false;
+        std::memset(static_cast<void*>(lSlots), 0, sizeof(Slot) * pCapacity);
+        Slot* lOld = mSlots;
+        const size_t lOldCapacity = lOld ? static_cast<size_t>(mMask) + 1 : 0;
+        mSlots = lSlots;
+        mMask = static_cast<uint32_t>(pCapacity - 1);
+        for (size_t i = 0; i < lOldCapacity; ++i)
+            if (lOld[i].mValue != 0) Place(lOld[i].mHash, lOld[i].mValue);
+        QelFree(lOld);
+        return true;
+    }
+
+    Slot* mSlots = nullptr;
+    uint32_t mMask = 0;
+    int mCount = 0;
 };
+
+// Tables start small and grow with the classes found, which are often far fewer than
+// the items.
+constexpr int sFirstTableEntries = 1024;
 
 // --- Welding -----------------------------------------------------------------------
 
-// The outcome of a weld: the class of every item and the position of each class's
-// first item.
-struct WeldClasses
+// The outcome of a weld: the class of every item and the first item of each class.
+template <class T> struct WeldClasses
 {
     QelArray<int> mIndices;
-    QelArray<int> mKept;
+    QelArray<T> mKept;
 
-    bool Init(int pCount)
-    {
-        return Allocate(mIndices, pCount) && (pCount == 0 || mKept.Reserve(pCount));
-    }
+    // A new class for pItem; -1 without memory.
+    int Keep(const T& pItem) { return mKept.Add(pItem); }
+    const T& Kept(int pClass) const { return mKept.GetArray()[pClass]; }
 };
 
-// The class of pItems[pItem] among the items compared by their bytes in pTable: an
-// earlier class, or a new one.
-template <class T>
-int ClassByBytes(const T* pItems, int pItem, SlotTable& pTable, WeldClasses& pClasses)
+// The class of pItem among the classes compared by their bytes in pTable: an earlier
+// class, or a new one; -1 without memory.
+template <class T> int ClassByBytes(const T& pItem, SlotTable& pTable, WeldClasses<T>& pClasses)
 {
-    const int lClass =
-        pTable.FindOrAdd(HashBytes(pItems[pItem]), pClasses.mKept.Size(), [&](int pKept) {
-            return SameBytes(pItems[pClasses.mKept.GetArray()[pKept]], pItems[pItem]);
-        });
-    if (lClass == pClasses.mKept.Size()) pClasses.mKept.Add(pItem);
-    return lClass;
+    const uint32_t lHash = HashBytes(pItem);
+    const int lFound =
+        pTable.Find(lHash, [&](int pClass) { return SameBytes(pClasses.Kept(pClass), pItem); });
+    if (lFound >= 0) return lFound;
+    const int lClass = pClasses.mKept.Size();
+    if (!pTable.Add(lHash, lClass)) return -1;
+    return pClasses.Keep(pItem);
 }
 
-template <class T> bool WeldExact(const T* pItems, int pCount, WeldClasses& pClasses)
+template <class T> bool WeldExact(const T* pItems, int pCount, WeldClasses<T>& pClasses)
 {
     SlotTable lTable;
-    if (!lTable.Init(pCount)) return false;
+    if (!lTable.Init(QelMin(pCount, sFirstTableEntries))) return false;
+    int* lIndices = pClasses.mIndices.GetArray();
     for (int i = 0; i < pCount; ++i)
-        pClasses.mIndices.GetArray()[i] = ClassByBytes(pItems, i, lTable, pClasses);
+        if ((lIndices[i] = ClassByBytes(pItems[i], lTable, pClasses)) < 0) return false;
     return true;
 }
 
@@ -284,25 +323,25 @@ template <class T> class ToleranceGrid
 public:
     static constexpr int sDimensions = static_cast<int>(sizeof(T) / sizeof(double));
 
-    ToleranceGrid(double pTolerance) : mTolerance(pTolerance) {}
-
-    bool Init(int pCount)
+    struct Cell
     {
-        return mTable.Init(pCount) &&
-               Allocate(mCells, static_cast<int>(QelMin<long long>(
-                                    INT_MAX, static_cast<long long>(pCount) * sDimensions)));
-    }
+        long long mAxis[sDimensions];
+    };
 
-    // The cell of pItem, into pCell; false for an item off the grid: a component that
-    // is not finite or too far out for a cell number to be exact.
-    bool CellOf(const T& pItem, long long* pCell) const
+    explicit ToleranceGrid(double pTolerance) : mTolerance(pTolerance) {}
+
+    bool Init(int pCount) { return mTable.Init(QelMin(pCount, sFirstTableEntries)); }
+
+    // The cell of pItem; false for an item off the grid: a component that is not
+    // finite or too far out for its cell number to be exact.
+    bool CellOf(const T& pItem, Cell& pCell) const
     {
         double lValues[sDimensions];
         std::memcpy(lValues, &pItem, sizeof(T));
         for (int d = 0; d < sDimensions; ++d) {
             const double lCell = std::floor(lValues[d] / mTolerance);
             if (!(std::fabs(lCell) < 4503599627370496.0)) return false; // 2^52, NaN too
-            pCell[d] = static_cast<long long>(lCell);
+            pCell.mAxis[d] = static_cast<long long>(lCell);
         }
         return true;
     }
@@ -317,82 +356,85 @@ public:
         return true;
     }
 
-    // The earliest kept item within tolerance of pItem among the cells around pCell,
-    // or -1.
-    int Nearest(const T* pItems, const WeldClasses& pClasses, const T& pItem,
-                const long long* pCell) const
+    // The earliest class within tolerance of pItem among the cells around pCell, or -1.
+    int Nearest(const WeldClasses<T>& pClasses, const T& pItem, const Cell& pCell) const
     {
         int lBest = -1;
         int lOffsets = 1;
         for (int d = 0; d < sDimensions; ++d)
             lOffsets *= 3;
         for (int o = 0; o < lOffsets; ++o) {
-            long long lCell[sDimensions];
+            Cell lCell;
             for (int d = 0, lDigits = o; d < sDimensions; ++d, lDigits /= 3)
-                lCell[d] = pCell[d] + lDigits % 3 - 1;
-            const int lKept =
-                mTable.Find(HashCell(lCell), [&](int pKept) { return IsCell(pKept, lCell); });
-            if (lKept >= 0 && (lBest < 0 || lKept < lBest) &&
-                Within(pItems[pClasses.mKept.GetArray()[lKept]], pItem))
-                lBest = lKept;
+                lCell.mAxis[d] = pCell.mAxis[d] + lDigits % 3 - 1;
+            const int lClass =
+                mTable.Find(HashCell(lCell), [&](int pClass) { return IsCell(pClass, lCell); });
+            if (lClass >= 0 && (lBest < 0 || lClass < lBest) &&
+                Within(pClasses.Kept(lClass), pItem))
+                lBest = lClass;
         }
         return lBest;
     }
 
-    void Add(int pKept, const long long* pCell)
+    // Files class pClass, the only one of its cell, under pCell; false without memory.
+    bool Add(int pClass, const Cell& pCell)
     {
-        std::memcpy(mCells.GetArray() + static_cast<size_t>(pKept) * sDimensions, pCell,
-                    sizeof(long long) * sDimensions);
-        mTable.FindOrAdd(HashCell(pCell), pKept, [](int) { return false; });
+        return mCells.Add(pCell) >= 0 && mTable.Add(HashCell(pCell), pClass);
     }
 
+    // Gives a class off the grid its place among the cells, where no search looks.
+    bool Skip() { return mCells.Add(Cell{}) >= 0; }
+
 private:
-    static uint64_t HashCell(const long long* pCell)
+    static uint32_t HashCell(const Cell& pCell)
     {
         uint64_t lHash = 0;
         for (int d = 0; d < sDimensions; ++d)
-            lHash = Mix(lHash ^ static_cast<uint64_t>(pCell[d]));
-        return lHash;
+            lHash = Mix(lHash ^ static_cast<uint64_t>(pCell.mAxis[d]));
+        return static_cast<uint32_t>(lHash);
     }
 
-    bool IsCell(int pKept, const long long* pCell) const
+    bool IsCell(int pClass, const Cell& pCell) const
     {
-        return std::memcmp(mCells.GetArray() + static_cast<size_t>(pKept) * sDimensions, pCell,
-                           sizeof(long long) * sDimensions) == 0;
+        return std::memcmp(&mCells.GetArray()[pClass], &pCell, sizeof(Cell)) == 0;
     }
 
     double mTolerance;
     SlotTable mTable;
-    QelArray<long long> mCells;
+    QelArray<Cell> mCells; // one per class, in class order
 };
 
 template <class T>
-bool WeldWithin(const T* pItems, int pCount, double pTolerance, WeldClasses& pClasses)
+bool WeldWithin(const T* pItems, int pCount, double pTolerance, WeldClasses<T>& pClasses)
 {
     SlotTable lExact;
     ToleranceGrid<T> lGrid(pTolerance);
-    if (!lExact.Init(pCount) || !lGrid.Init(pCount)) return false;
+    if (!lExact.Init(QelMin(pCount, sFirstTableEntries)) || !lGrid.Init(pCount)) return false;
+    int* lIndices = pClasses.mIndices.GetArray();
     for (int i = 0; i < pCount; ++i) {
-        long long lCell[ToleranceGrid<T>::sDimensions];
+        typename ToleranceGrid<T>::Cell lCell;
+        const int lClasses = pClasses.mKept.Size();
         int lClass;
         if (!lGrid.CellOf(pItems[i], lCell)) {
-            lClass = ClassByBytes(pItems, i, lExact, pClasses);
+            lClass = ClassByBytes(pItems[i], lExact, pClasses);
+            if (lClass == lClasses && !lGrid.Skip()) return false;
         } else {
-            lClass = lGrid.Nearest(pItems, pClasses, pItems[i], lCell);
+            lClass = lGrid.Nearest(pClasses, pItems[i], lCell);
             if (lClass < 0) {
-                lClass = pClasses.mKept.Size();
-                pClasses.mKept.Add(i);
-                lGrid.Add(lClass, lCell);
+                lClass = pClasses.Keep(pItems[i]);
+                if (lClass >= 0 && !lGrid.Add(lClass, lCell)) return false;
             }
         }
-        pClasses.mIndices.GetArray()[i] = lClass;
+        if (lClass < 0) return false;
+        lIndices[i] = lClass;
     }
     return true;
 }
 
 template <class T>
-bool Classify(const T* pItems, int pCount, double pTolerance, WeldClasses& pClasses)
+bool Classify(const T* pItems, int pCount, double pTolerance, WeldClasses<T>& pClasses)
 {
+    if (!Allocate(pClasses.mIndices, pCount)) return false;
     if constexpr (IsFloatItem<T>::value) {
         if (pTolerance > 0.0) return WeldWithin(pItems, pCount, pTolerance, pClasses);
     }
@@ -668,10 +710,13 @@ public:
         if (lGroup == 0) return -1;
         const uint64_t lKey = static_cast<uint64_t>(static_cast<uint32_t>(pPoint)) << 32 |
                               static_cast<uint32_t>(lGroup);
-        const int lSum = mTable.FindOrAdd(Mix(lKey), mKeys.Size(),
-                                          [&](int pSum) { return mKeys.GetArray()[pSum] == lKey; });
-        if (lSum == mKeys.Size()) mKeys.Add(lKey);
-        return lSum;
+        const uint32_t lHash = static_cast<uint32_t>(Mix(lKey));
+        const int lFound =
+            mTable.Find(lHash, [&](int pSum) { return mKeys.GetArray()[pSum] == lKey; });
+        if (lFound >= 0) return lFound;
+        // Init made room for every polygon vertex: neither of these grows.
+        mTable.Add(lHash, mKeys.Size());
+        return mKeys.Add(lKey);
     }
 
     void Add(int pSum, const Vec3& pNormal, double pWeight)
@@ -819,23 +864,18 @@ EQelLayerUtilStatus QelWeld(QelLayerElementTemplate<T>& pElement, double pTolera
     if (pElement.GetReferenceMode() != Element::eDirect) return eQelUtilBadReferenceMode;
     ElementArrays<T> lArrays = ArraysOf(pElement);
     if (IsLocked(lArrays)) return eQelUtilLocked;
-    WeldClasses lClasses;
-    QelArray<T> lKept;
+    WeldClasses<T> lClasses;
     {
         ReadView<T> lDirect(lArrays.mDirect);
         if (lDirect.Failed()) return eQelUtilLocked;
-        if (!lClasses.Init(lDirect.Count()) ||
-            !Classify(lDirect.Items(), lDirect.Count(), pTolerance, lClasses) ||
-            !Allocate(lKept, lClasses.mKept.Size()))
+        if (!Classify(lDirect.Items(), lDirect.Count(), pTolerance, lClasses))
             return eQelUtilOutOfMemory;
-        for (int k = 0; k < lKept.Size(); ++k)
-            lKept.GetArray()[k] = lDirect.Items()[lClasses.mKept.GetArray()[k]];
     }
     // The index array grows, which may fail; the direct array only shrinks, which
     // cannot.
     if (!Store(lArrays.mIndex, lClasses.mIndices.GetArray(), lClasses.mIndices.Size()))
         return eQelUtilOutOfMemory;
-    Store(lArrays.mDirect, lKept.GetArray(), lKept.Size());
+    Store(lArrays.mDirect, lClasses.mKept.GetArray(), lClasses.mKept.Size());
     pElement.SetReferenceMode(Element::eIndexToDirect);
     return eQelUtilOk;
 }
