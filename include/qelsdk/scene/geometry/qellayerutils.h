@@ -8,8 +8,9 @@
 // validates first and changes nothing when it refuses: the status tells why. An
 // allocation that fails leaves the element (and the mesh) as it was and gives
 // eQelUtilOutOfMemory; the one exception is a layer that QelComputeNormals creates,
-// which stays (empty) when a later allocation fails. Nothing here reports through
-// _QelAssert: refusals are ordinary answers, not misuse.
+// which stays (empty) when a later allocation fails. Refusals are answers, not misuse:
+// none is reported through _QelAssert, apart from the report a library array makes of
+// its own failed growth.
 //
 // The reference modes handled are eDirect and eIndexToDirect; an element in eIndex
 // mode has no direct values to work on and is refused with eQelUtilBadReferenceMode.
@@ -102,11 +103,11 @@ EQelLayerUtilStatus QelChangeMapping(QelLayerElementTemplate<T>& pElement, const
 //
 // A polygon's normal follows its vertex order (counter-clockwise seen from the front)
 // by Newell's method, which also serves polygons that are not planar. Polygons with
-// fewer than three vertices, or whose area is below 1e-10 of the summed squares of
-// their edge lengths, are degenerate and skipped. A vertex normal is the sum of the
-// normals of the polygons around it, each weighted by the polygon's angle at the
-// vertex, scaled to length 1; a vertex no polygon contributes to gets a zero normal.
-// The fourth component is 0.
+// fewer than three vertices, or whose doubled area (the length of Newell's sum) is at
+// most 1e-10 of the summed squares of their edge lengths, are degenerate and skipped. A vertex
+// normal is the sum of the normals of the polygons around it, each weighted by the polygon's angle
+// at the vertex, scaled to length 1; a vertex no polygon contributes to gets a zero normal. The
+// fourth component is 0.
 //
 // ePerPolygonVertex follows the smoothing element of the same layer when it is mapped
 // ePerPolygon (direct or through its indices): polygons of the same non-zero group
@@ -122,7 +123,8 @@ EQelLayerUtilStatus QelChangeMapping(QelLayerElementTemplate<T>& pElement, const
 // Failure values: eQelUtilBadMappingMode, eQelUtilBadLayer, eQelUtilIndexOutOfRange (a
 // polygon vertex past the control points, or a by-polygon smoothing index past its
 // direct items), eQelUtilCountMismatch (a by-polygon smoothing element whose item
-// count is not the polygon count), eQelUtilLocked (the normal or smoothing element is locked),
+// count is not the polygon count), eQelUtilBadReferenceMode (a by-polygon smoothing
+// element in eIndex mode), eQelUtilLocked (the normal or smoothing element is locked),
 // eQelUtilOutOfMemory.
 EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
                                       QelLayerElement::EMappingMode pMapping);

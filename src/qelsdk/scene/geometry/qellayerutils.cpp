@@ -658,21 +658,38 @@ Vec3 PointOf(const QelMesh& pMesh, int pPoint)
     return {lPoint[0], lPoint[1], lPoint[2]};
 }
 
+// Newell's sum of a polygon, twice its area along its normal, and the summed squares
+// of its edge lengths.
+void NewellSum(const Vec3* pPoints, int pSize, Vec3& pNewell, double& pEdges)
+{
+    if (pSize == 3) {
+        // For a triangle the sum is the cross product of two of its edges.
+        const Vec3 lEdges[3] = {pPoints[1] - pPoints[0], pPoints[2] - pPoints[1],
+                                pPoints[0] - pPoints[2]};
+        pNewell = Cross(lEdges[0], lEdges[1]);
+        pEdges = Dot(lEdges[0], lEdges[0]) + Dot(lEdges[1], lEdges[1]) + Dot(lEdges[2], lEdges[2]);
+        return;
+    }
+    pNewell = {0.0, 0.0, 0.0};
+    pEdges = 0.0;
+    for (int i = 0; i < pSize; ++i) {
+        const Vec3& a = pPoints[i];
+        const Vec3& b = pPoints[i + 1 == pSize ? 0 : i + 1];
+        pNewell.x += (a.y - b.y) * (a.z + b.z);
+        pNewell.y += (a.z - b.z) * (a.x + b.x);
+        pNewell.z += (a.x - b.x) * (a.y + b.y);
+        const Vec3 lEdge = b - a;
+        pEdges += Dot(lEdge, lEdge);
+    }
+}
+
 // The unit normal of a polygon by Newell's method, or false for a degenerate one.
 bool PolygonNormal(const Vec3* pPoints, int pSize, Vec3& pNormal)
 {
     if (pSize < 3) return false;
-    Vec3 lNewell{0.0, 0.0, 0.0};
-    double lEdges = 0.0;
-    for (int i = 0; i < pSize; ++i) {
-        const Vec3& a = pPoints[i];
-        const Vec3& b = pPoints[i + 1 == pSize ? 0 : i + 1];
-        lNewell.x += (a.y - b.y) * (a.z + b.z);
-        lNewell.y += (a.z - b.z) * (a.x + b.x);
-        lNewell.z += (a.x - b.x) * (a.y + b.y);
-        const Vec3 lEdge = b - a;
-        lEdges += Dot(lEdge, lEdge);
-    }
+    Vec3 lNewell;
+    double lEdges;
+    NewellSum(pPoints, pSize, lNewell, lEdges);
     const double lLength = Length(lNewell);
     if (!(lLength > 1e-10 * lEdges)) return false;
     pNormal = {lNewell.x / lLength, lNewell.y / lLength, lNewell.z / lLength};
@@ -743,14 +760,6 @@ QelVector4 UnitNormal(const Vec3& pSum)
     return QelVector4(pSum.x / lLength, pSum.y / lLength, pSum.z / lLength, 0.0);
 }
 
-int LongestPolygon(const QelMesh& pMesh)
-{
-    int lLongest = 0;
-    for (int p = 0; p < pMesh.GetPolygonCount(); ++p)
-        lLongest = QelMax(lLongest, pMesh.GetPolygonSize(p));
-    return lLongest;
-}
-
 // The smoothing groups of a by-polygon smoothing element of pLayer, into pGroups;
 // pGroups stays empty (and pUse false) when there is none to follow.
 EQelLayerUtilStatus SmoothingGroups(const QelMesh& pMesh, QelLayer* pLayer, QelArray<int>& pGroups,
@@ -769,27 +778,36 @@ EQelLayerUtilStatus SmoothingGroups(const QelMesh& pMesh, QelLayer* pLayer, QelA
 class MeshNormals
 {
 public:
-    bool Compute(const QelMesh& pMesh, const int* pGroups)
+    // Checks the vertices on the way: eQelUtilIndexOutOfRange for one past the control
+    // points.
+    EQelLayerUtilStatus Compute(const QelMesh& pMesh, const int* pGroups)
     {
         QelArray<Vec3> lPoints;
-        if (!mSums.Init(pMesh, pGroups) || !Allocate(lPoints, LongestPolygon(pMesh)) ||
-            (pGroups && !Allocate(mFaces, pMesh.GetPolygonCount())))
-            return false;
-        Vec3* lPoint = lPoints.GetArray();
+        QelArray<int> lVertices;
+        if (!mSums.Init(pMesh, pGroups) || (pGroups && !Allocate(mFaces, pMesh.GetPolygonCount())))
+            return eQelUtilOutOfMemory;
+        const int lPointCount = pMesh.GetControlPointsCount();
         for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
             const int lSize = pMesh.GetPolygonSize(p);
-            for (int j = 0; j < lSize; ++j)
-                lPoint[j] = PointOf(pMesh, pMesh.GetPolygonVertex(p, j));
+            if (lSize > lPoints.Size() && (!lPoints.Resize(lSize) || !lVertices.Resize(lSize)))
+                return eQelUtilOutOfMemory;
+            Vec3* lPoint = lPoints.GetArray();
+            int* lVertex = lVertices.GetArray();
+            for (int j = 0; j < lSize; ++j) {
+                lVertex[j] = pMesh.GetPolygonVertex(p, j);
+                if (lVertex[j] < 0 || lVertex[j] >= lPointCount) return eQelUtilIndexOutOfRange;
+                lPoint[j] = PointOf(pMesh, lVertex[j]);
+            }
             Vec3 lFace{0.0, 0.0, 0.0};
             const bool lSolid = PolygonNormal(lPoint, lSize, lFace);
             if (pGroups) mFaces.GetArray()[p] = lFace;
             if (!lSolid) continue;
             for (int j = 0; j < lSize; ++j) {
-                const int lSum = mSums.SumOf(p, pMesh.GetPolygonVertex(p, j));
+                const int lSum = mSums.SumOf(p, lVertex[j]);
                 if (lSum >= 0) mSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, j));
             }
         }
-        return true;
+        return eQelUtilOk;
     }
 
     // Writes the ItemCountFor(pMapping) unit normals to pNormals.
@@ -900,7 +918,6 @@ EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
     if (pMapping != Element::eByControlPoint && pMapping != Element::ePerPolygonVertex)
         return eQelUtilBadMappingMode;
     if (pLayerIndex < 0 || pLayerIndex > pMesh.GetLayerCount()) return eQelUtilBadLayer;
-    if (!PointsInRange(pMesh)) return eQelUtilIndexOutOfRange;
     NormalTarget lTarget;
     lTarget.mLayer = pMesh.GetLayer(pLayerIndex);
     lTarget.mElement = lTarget.mLayer ? lTarget.mLayer->GetNormals() : nullptr;
@@ -913,9 +930,10 @@ EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
         if (lStatus != eQelUtilOk) return lStatus;
     }
     MeshNormals lNormals;
-    if (!lNormals.Compute(pMesh, lUseGroups ? lGroups.GetArray() : nullptr) ||
-        !lTarget.Make(pMesh, pLayerIndex))
-        return eQelUtilOutOfMemory;
+    const EQelLayerUtilStatus lStatus =
+        lNormals.Compute(pMesh, lUseGroups ? lGroups.GetArray() : nullptr);
+    if (lStatus != eQelUtilOk) return lStatus;
+    if (!lTarget.Make(pMesh, pLayerIndex)) return eQelUtilOutOfMemory;
     // The normals go straight into the element, whose array is sized first: the only
     // step that may fail once the target exists.
     ElementArrays<QelVector4> lArrays = ArraysOf(*lTarget.mElement);
