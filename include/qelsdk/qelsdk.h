@@ -24,6 +24,7 @@
 #include <qelsdk/scene/geometry/qellayer.h>
 #include <qelsdk/scene/geometry/qellayercontainer.h>
 #include <qelsdk/scene/geometry/qellayerelementarray.h>
+#include <qelsdk/scene/geometry/qellayerutils.h>
 #include <qelsdk/scene/geometry/qelmesh.h>
 #include <qelsdk/scene/qelnode.h>
 #include <qelsdk/scene/qelsurfacematerial.h>
