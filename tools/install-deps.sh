@@ -12,7 +12,7 @@ declare -A lGroups=(
   [benchmarks]="libbenchmark-dev"
   [sanitizers]="clang libclang-rt-14-dev"
   [install]="pkg-config"
-  [checks]="clang-tidy"
+  [checks]="clang-tidy gcovr valgrind"
 )
 
 lNames=("$@")
