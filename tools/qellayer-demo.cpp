@@ -12,14 +12,14 @@ using namespace qelsdk;
 
 namespace {
 
-struct Options
+struct QelDemoOptions
 {
     const char* mInput = nullptr;
     const char* mStreamPath = "layer.bin";
     const char* mExportPath = nullptr;
 };
 
-bool ParseArguments(int pCount, char** pArguments, Options& pOptions)
+bool ParseArguments(int pCount, char** pArguments, QelDemoOptions& pOptions)
 {
     for (int i = 1; i < pCount; ++i) {
         const char* lArgument = pArguments[i];
@@ -34,7 +34,7 @@ bool ParseArguments(int pCount, char** pArguments, Options& pOptions)
     return true;
 }
 
-bool Load(const Options& pOptions, QelObjScene& pScene)
+bool Load(const QelDemoOptions& pOptions, QelObjScene& pScene)
 {
     if (!pOptions.mInput) {
         if (QelDemoBuildCube(pScene)) return true;
@@ -57,7 +57,7 @@ bool Load(const Options& pOptions, QelObjScene& pScene)
 
 int main(int argc, char** argv)
 {
-    Options lOptions;
+    QelDemoOptions lOptions;
     if (!ParseArguments(argc, argv, lOptions)) {
         std::fprintf(stderr, "usage: qellayer-demo [-o LAYER.bin] [-e EXPORT.obj] [INPUT.obj]\n");
         return 2;

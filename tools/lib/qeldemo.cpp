@@ -9,15 +9,15 @@ namespace qelsdk {
 
 namespace {
 
-using E = QelLayerElement;
+using QelKind = QelLayerElement;
 
 // Calls pVisit with the element as the storage template it is an instance of;
 // false for an element of none of them.
 template <class Visit> bool VisitTyped(const QelLayerElement& pElement, Visit&& pVisit)
 {
     auto lTry = [&](auto* pTyped) {
-        using Typed = std::remove_pointer_t<decltype(pTyped)>;
-        const auto* lElement = dynamic_cast<const Typed*>(&pElement);
+        using QelTyped = std::remove_pointer_t<decltype(pTyped)>;
+        const auto* lElement = dynamic_cast<const QelTyped*>(&pElement);
         if (lElement) pVisit(*lElement);
         return lElement != nullptr;
     };
@@ -32,38 +32,45 @@ template <class Visit> bool VisitTyped(const QelLayerElement& pElement, Visit&& 
            lTry(static_cast<QelLayerElementTemplate<void*>*>(nullptr));
 }
 
-bool HasDirect(const QelLayerElement& pElement) { return pElement.GetReferenceMode() != E::eIndex; }
+bool HasDirect(const QelLayerElement& pElement)
+{
+    return pElement.GetReferenceMode() != QelKind::eIndex;
+}
 
-bool HasIndex(const QelLayerElement& pElement) { return pElement.GetReferenceMode() != E::eDirect; }
+bool HasIndex(const QelLayerElement& pElement)
+{
+    return pElement.GetReferenceMode() != QelKind::eDirect;
+}
 
 // One slot of a layer: a kind, and for the texture channels whether it is the UV set.
-struct Slot
+struct QelLayerSlot
 {
-    E::EType mType;
+    QelKind::EType mType;
     bool mIsUV;
 };
 
 // Every slot once: kinds 1 to 13 except eUV, which names the diffuse UV slot again,
 // then each channel's UV set and texture.
-std::vector<Slot> Slots()
+std::vector<QelLayerSlot> Slots()
 {
-    std::vector<Slot> lSlots;
-    for (int lType = E::eNormal; lType <= E::eVisibility; ++lType)
-        if (lType != E::eUV) lSlots.push_back({static_cast<E::EType>(lType), false});
-    for (int lType = E::eTextureDiffuse; lType <= E::eTextureVectorDisplacement; ++lType) {
-        lSlots.push_back({static_cast<E::EType>(lType), true});
-        lSlots.push_back({static_cast<E::EType>(lType), false});
+    std::vector<QelLayerSlot> lSlots;
+    for (int lType = QelKind::eNormal; lType <= QelKind::eVisibility; ++lType)
+        if (lType != QelKind::eUV) lSlots.push_back({static_cast<QelKind::EType>(lType), false});
+    for (int lType = QelKind::eTextureDiffuse; lType <= QelKind::eTextureVectorDisplacement;
+         ++lType) {
+        lSlots.push_back({static_cast<QelKind::EType>(lType), true});
+        lSlots.push_back({static_cast<QelKind::EType>(lType), false});
     }
     return lSlots;
 }
 
 template <class T>
-bool FillDirect(QelLayerElementTemplate<T>* pElement, E::EMappingMode pMapping,
+bool FillDirect(QelLayerElementTemplate<T>* pElement, QelKind::EMappingMode pMapping,
                 std::initializer_list<T> pItems)
 {
     if (!pElement) return false;
     pElement->SetMappingMode(pMapping);
-    pElement->SetReferenceMode(E::eDirect);
+    pElement->SetReferenceMode(QelKind::eDirect);
     for (const T& lItem : pItems)
         if (pElement->GetDirectArray().Add(lItem) < 0) return false;
     return true;
@@ -76,7 +83,7 @@ bool FillIndices(QelLayerElementArrayTemplate<int>& pArray, std::initializer_lis
     return true;
 }
 
-template <class Element> Element* Create(QelLayer& pLayer, E::EType pType, const char* pName)
+template <class Element> Element* Create(QelLayer& pLayer, QelKind::EType pType, const char* pName)
 {
     auto* lElement = static_cast<Element*>(pLayer.CreateLayerElementOfType(pType));
     if (lElement) lElement->SetName(pName);
@@ -109,23 +116,23 @@ bool BuildCubeGeometry(QelMesh& pMesh)
 
 bool BuildCubeVertexElements(QelLayer& pLayer, const QelMesh& pMesh)
 {
-    auto* lNormals = Create<QelLayerElementNormal>(pLayer, E::eNormal, "normals");
-    if (!FillDirect<QelVector4>(lNormals, E::ePerPolygonVertex, {})) return false;
+    auto* lNormals = Create<QelLayerElementNormal>(pLayer, QelKind::eNormal, "normals");
+    if (!FillDirect<QelVector4>(lNormals, QelKind::ePerPolygonVertex, {})) return false;
     for (const auto& lNormal : sCubeNormals)
         for (int i = 0; i < 4; ++i)
             if (lNormals->GetDirectArray().Add(QelVector4(lNormal[0], lNormal[1], lNormal[2], 0)) <
                 0)
                 return false;
 
-    auto* lUVs = Create<QelLayerElementUV>(pLayer, E::eUV, "diffuse");
-    if (!FillDirect<QelVector2>(lUVs, E::ePerPolygonVertex, {{0, 0}, {1, 0}, {1, 1}, {0, 1}}))
+    auto* lUVs = Create<QelLayerElementUV>(pLayer, QelKind::eUV, "diffuse");
+    if (!FillDirect<QelVector2>(lUVs, QelKind::ePerPolygonVertex, {{0, 0}, {1, 0}, {1, 1}, {0, 1}}))
         return false;
-    lUVs->SetReferenceMode(E::eIndexToDirect);
+    lUVs->SetReferenceMode(QelKind::eIndexToDirect);
     for (int lFace = 0; lFace < 6; ++lFace)
         if (!FillIndices(lUVs->GetIndexArray(), {0, 1, 2, 3})) return false;
 
-    auto* lColors = Create<QelLayerElementVertexColor>(pLayer, E::eVertexColor, "colors");
-    if (!FillDirect<QelColor>(lColors, E::eByControlPoint, {})) return false;
+    auto* lColors = Create<QelLayerElementVertexColor>(pLayer, QelKind::eVertexColor, "colors");
+    if (!FillDirect<QelColor>(lColors, QelKind::eByControlPoint, {})) return false;
     for (int i = 0; i < pMesh.GetControlPointsCount(); ++i) {
         const QelVector4 lPoint = pMesh.GetControlPointAt(i);
         const QelColor lColor((lPoint[0] + 1) / 2, (lPoint[1] + 1) / 2, (lPoint[2] + 1) / 2);
@@ -136,15 +143,16 @@ bool BuildCubeVertexElements(QelLayer& pLayer, const QelMesh& pMesh)
 
 bool BuildCubePolygonElements(QelLayer& pLayer)
 {
-    if (!FillDirect<int>(Create<QelLayerElementSmoothing>(pLayer, E::eSmoothing, "smoothing"),
-                         E::ePerPolygon, {1, 1, 2, 2, 0, 0}) ||
-        !FillDirect<int>(Create<QelLayerElementPolygonGroup>(pLayer, E::ePolygonGroup, "groups"),
-                         E::ePerPolygon, {0, 0, 0, 1, 1, 1}))
+    if (!FillDirect<int>(Create<QelLayerElementSmoothing>(pLayer, QelKind::eSmoothing, "smoothing"),
+                         QelKind::ePerPolygon, {1, 1, 2, 2, 0, 0}) ||
+        !FillDirect<int>(
+            Create<QelLayerElementPolygonGroup>(pLayer, QelKind::ePolygonGroup, "groups"),
+            QelKind::ePerPolygon, {0, 0, 0, 1, 1, 1}))
         return false;
-    auto* lMaterials = Create<QelLayerElementMaterial>(pLayer, E::eMaterial, "materials");
+    auto* lMaterials = Create<QelLayerElementMaterial>(pLayer, QelKind::eMaterial, "materials");
     if (!lMaterials) return false;
-    lMaterials->SetMappingMode(E::ePerPolygon);
-    lMaterials->SetReferenceMode(E::eIndexToDirect);
+    lMaterials->SetMappingMode(QelKind::ePerPolygon);
+    lMaterials->SetReferenceMode(QelKind::eIndexToDirect);
     return FillIndices(lMaterials->GetIndexArray(), {0, 1, 0, 1, 0, 1});
 }
 
@@ -152,10 +160,11 @@ bool BuildCubePolygonElements(QelLayer& pLayer)
 // visible.
 bool BuildCubeEdgeElements(QelLayer& pLayer)
 {
-    auto* lCreases = Create<QelLayerElementCrease>(pLayer, E::eEdgeCrease, "creases");
-    auto* lVisibility = Create<QelLayerElementVisibility>(pLayer, E::eVisibility, "visibility");
-    if (!FillDirect<double>(lCreases, E::eByEdge, {}) ||
-        !FillDirect<bool>(lVisibility, E::eByEdge, {}))
+    auto* lCreases = Create<QelLayerElementCrease>(pLayer, QelKind::eEdgeCrease, "creases");
+    auto* lVisibility =
+        Create<QelLayerElementVisibility>(pLayer, QelKind::eVisibility, "visibility");
+    if (!FillDirect<double>(lCreases, QelKind::eByEdge, {}) ||
+        !FillDirect<bool>(lVisibility, QelKind::eByEdge, {}))
         return false;
     for (int lEdge = 0; lEdge < 12; ++lEdge)
         if (lCreases->GetDirectArray().Add(lEdge < 4 ? 1.0 : 0.0) < 0 ||
@@ -166,28 +175,28 @@ bool BuildCubeEdgeElements(QelLayer& pLayer)
 
 bool BuildCubeTexture(QelObjScene& pScene, QelLayer& pLayer)
 {
-    auto* lTexture = Create<QelLayerElementTexture>(pLayer, E::eTextureDiffuse, "checker");
-    if (!FillDirect<QelTexture*>(lTexture, E::eAllSame, {pScene.AddTexture("checker")}))
+    auto* lTexture = Create<QelLayerElementTexture>(pLayer, QelKind::eTextureDiffuse, "checker");
+    if (!FillDirect<QelTexture*>(lTexture, QelKind::eAllSame, {pScene.AddTexture("checker")}))
         return false;
-    lTexture->SetReferenceMode(E::eIndexToDirect);
+    lTexture->SetReferenceMode(QelKind::eIndexToDirect);
     return FillIndices(lTexture->GetIndexArray(), {0});
 }
 
-const char* MappingName(E::EMappingMode pMapping)
+const char* MappingName(QelKind::EMappingMode pMapping)
 {
     static const char* const sNames[] = {"none",        "by control point", "per polygon vertex",
                                          "per polygon", "by edge",          "all same"};
     return pMapping >= 0 && pMapping <= 5 ? sNames[pMapping] : "other";
 }
 
-const char* ReferenceName(E::EReferenceMode pReference)
+const char* ReferenceName(QelKind::EReferenceMode pReference)
 {
     static const char* const sNames[] = {"direct", "index", "index to direct"};
     return pReference >= 0 && pReference <= 2 ? sNames[pReference] : "other";
 }
 
 // A text table whose columns are as wide as their widest cell; numbers go right.
-class Table
+class QelTextTable
 {
 public:
     void Row(std::vector<std::string> pCells) { mRows.push_back(std::move(pCells)); }
@@ -230,6 +239,9 @@ template <class T> std::string ItemName(const T* pObject, bool pByAddress)
 // Items compare as their bytes (what a stream carries), objects by address or name.
 template <class T> bool SameItem(const T& pA, const T& pB, bool)
 {
+    // The stream copies items as raw bytes, so a round trip is exact when the bytes
+    // are; comparing values would call a NaN different from itself.
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     return std::memcmp(&pA, &pB, sizeof(T)) == 0;
 }
 bool SameItem(QelSurfaceMaterial* pA, QelSurfaceMaterial* pB, bool pByAddress)
@@ -342,17 +354,17 @@ const char* QelDemoKindName(QelLayerElement::EType pType, bool pIsUV)
                                              "uv reflection factor",
                                              "uv displacement",
                                              "uv vector displacement"};
-    if (pType >= E::eNormal && pType <= E::eVisibility) return sNonTexture[pType - 1];
-    if (pType >= E::eTextureDiffuse && pType <= E::eTextureVectorDisplacement)
-        return (pIsUV ? sUVNames : sChannels)[pType - E::eTextureDiffuse];
+    if (pType >= QelKind::eNormal && pType <= QelKind::eVisibility) return sNonTexture[pType - 1];
+    if (pType >= QelKind::eTextureDiffuse && pType <= QelKind::eTextureVectorDisplacement)
+        return (pIsUV ? sUVNames : sChannels)[pType - QelKind::eTextureDiffuse];
     return "unknown";
 }
 
 std::string QelDemoElementTable(const QelLayer& pLayer)
 {
-    Table lTable;
+    QelTextTable lTable;
     lTable.Row({"kind", "name", "mapping", "reference", "direct", "index", "memory"});
-    for (const Slot& lSlot : Slots()) {
+    for (const QelLayerSlot& lSlot : Slots()) {
         const QelLayerElement* lElement = pLayer.GetLayerElementOfType(lSlot.mType, lSlot.mIsUV);
         if (!lElement) continue;
         std::string lDirect = "-";
@@ -372,7 +384,7 @@ std::string QelDemoElementTable(const QelLayer& pLayer)
 int QelDemoElementCount(const QelLayer& pLayer)
 {
     int lCount = 0;
-    for (const Slot& lSlot : Slots())
+    for (const QelLayerSlot& lSlot : Slots())
         if (pLayer.GetLayerElementOfType(lSlot.mType, lSlot.mIsUV)) ++lCount;
     return lCount;
 }
@@ -381,7 +393,7 @@ bool QelDemoCompareLayers(const QelLayer& pExpected, const QelLayer& pActual, bo
                           std::vector<std::string>& pDifferences)
 {
     const size_t lBefore = pDifferences.size();
-    for (const Slot& lSlot : Slots()) {
+    for (const QelLayerSlot& lSlot : Slots()) {
         const QelLayerElement* lExpected =
             pExpected.GetLayerElementOfType(lSlot.mType, lSlot.mIsUV);
         const QelLayerElement* lActual = pActual.GetLayerElementOfType(lSlot.mType, lSlot.mIsUV);

@@ -27,11 +27,11 @@ constexpr int sRecordCount = (sFirstChannel - 1) + 2 * (sLastChannel - sFirstCha
 constexpr std::int32_t sShownNameBytes = 64;
 
 // The dump goes to a file or a string; nothing else differs.
-class Sink
+class QelDumpSink
 {
 public:
-    explicit Sink(std::FILE* pFile) : mFile(pFile), mText(nullptr) {}
-    explicit Sink(std::string& pText) : mFile(nullptr), mText(&pText) {}
+    explicit QelDumpSink(std::FILE* pFile) : mFile(pFile), mText(nullptr) {}
+    explicit QelDumpSink(std::string& pText) : mFile(nullptr), mText(&pText) {}
 
     void Append(const char* pText, std::size_t pLength)
     {
@@ -72,7 +72,7 @@ std::int32_t Int32At(const unsigned char* pBytes)
 
 // The shortest text that reads back as the same double; the longest such text, for
 // any bit pattern, has 24 characters.
-void PrintDouble(Sink& pSink, const unsigned char* pBytes)
+void PrintDouble(QelDumpSink& pSink, const unsigned char* pBytes)
 {
     double lValue;
     std::memcpy(&lValue, pBytes, sizeof(lValue));
@@ -81,7 +81,7 @@ void PrintDouble(Sink& pSink, const unsigned char* pBytes)
     pSink.Append(lText, static_cast<std::size_t>(lResult.ptr - lText));
 }
 
-template <int tCount> void PrintDoubles(Sink& pSink, const unsigned char* pBytes)
+template <int tCount> void PrintDoubles(QelDumpSink& pSink, const unsigned char* pBytes)
 {
     pSink.Append("(", 1);
     for (int lIndex = 0; lIndex < tCount; ++lIndex) {
@@ -91,13 +91,13 @@ template <int tCount> void PrintDoubles(Sink& pSink, const unsigned char* pBytes
     pSink.Append(")", 1);
 }
 
-void PrintInt(Sink& pSink, const unsigned char* pBytes)
+void PrintInt(QelDumpSink& pSink, const unsigned char* pBytes)
 {
     pSink.Print("%" PRId32, Int32At(pBytes));
 }
 
 // The reader takes any byte other than 0 as true; the byte is shown when it is not 1.
-void PrintBool(Sink& pSink, const unsigned char* pBytes)
+void PrintBool(QelDumpSink& pSink, const unsigned char* pBytes)
 {
     if (*pBytes == 0 || *pBytes == 1)
         pSink.Print("%s", *pBytes ? "true" : "false");
@@ -105,7 +105,7 @@ void PrintBool(Sink& pSink, const unsigned char* pBytes)
         pSink.Print("true (byte %u)", static_cast<unsigned>(*pBytes));
 }
 
-void PrintPointer(Sink& pSink, const unsigned char* pBytes)
+void PrintPointer(QelDumpSink& pSink, const unsigned char* pBytes)
 {
     std::uintptr_t lAddress;
     std::memcpy(&lAddress, pBytes, sizeof(lAddress));
@@ -113,26 +113,26 @@ void PrintPointer(Sink& pSink, const unsigned char* pBytes)
 }
 
 // How the items of one kind's arrays are laid out and printed.
-struct ItemFormat
+struct QelItemFormat
 {
     const char* mName;
     std::size_t mWidth;
-    void (*mPrint)(Sink&, const unsigned char*);
+    void (*mPrint)(QelDumpSink&, const unsigned char*);
     bool mIsAddress;
 };
 
-const ItemFormat sVector4 = {"QelVector4", sizeof(QelVector4), PrintDoubles<4>, false};
-const ItemFormat sVector2 = {"QelVector2", sizeof(QelVector2), PrintDoubles<2>, false};
-const ItemFormat sColor = {"QelColor", sizeof(QelColor), PrintDoubles<4>, false};
-const ItemFormat sInt = {"int", sizeof(int), PrintInt, false};
-const ItemFormat sDouble = {"double", sizeof(double), PrintDouble, false};
-const ItemFormat sBool = {"bool", sizeof(bool), PrintBool, false};
-const ItemFormat sMaterial = {"QelSurfaceMaterial*", sizeof(void*), PrintPointer, true};
-const ItemFormat sTexture = {"QelTexture*", sizeof(void*), PrintPointer, true};
-const ItemFormat sUserData = {"void*", sizeof(void*), PrintPointer, true};
+const QelItemFormat sVector4 = {"QelVector4", sizeof(QelVector4), PrintDoubles<4>, false};
+const QelItemFormat sVector2 = {"QelVector2", sizeof(QelVector2), PrintDoubles<2>, false};
+const QelItemFormat sColor = {"QelColor", sizeof(QelColor), PrintDoubles<4>, false};
+const QelItemFormat sInt = {"int", sizeof(int), PrintInt, false};
+const QelItemFormat sDouble = {"double", sizeof(double), PrintDouble, false};
+const QelItemFormat sBool = {"bool", sizeof(bool), PrintBool, false};
+const QelItemFormat sMaterial = {"QelSurfaceMaterial*", sizeof(void*), PrintPointer, true};
+const QelItemFormat sTexture = {"QelTexture*", sizeof(void*), PrintPointer, true};
+const QelItemFormat sUserData = {"void*", sizeof(void*), PrintPointer, true};
 
 // The direct item of the non-texture kinds, by kind - 1.
-const ItemFormat* const sNonTextureFormats[13] = {
+const QelItemFormat* const sNonTextureFormats[13] = {
     &sVector4, &sVector4, &sVector4, &sMaterial, &sInt,      &sVector2, &sColor,
     &sInt,     &sDouble,  &sDouble,  &sBool,     &sUserData, &sBool};
 
@@ -147,7 +147,7 @@ template <std::size_t tCount> constexpr std::int32_t CountOf(const char* const (
 
 // The record expected at one position: its kind and, for a channel, which of its two
 // elements it carries.
-struct RecordSlot
+struct QelRecordSlot
 {
     int mType;
     bool mIsUV;
@@ -158,7 +158,7 @@ struct RecordSlot
         if (!IsChannel()) return Element::sNonTextureNames[mType - 1];
         return (mIsUV ? Element::sTextureUVNames : Element::sTextureNames)[mType - sFirstChannel];
     }
-    const ItemFormat& Items() const
+    const QelItemFormat& Items() const
     {
         if (!IsChannel()) return *sNonTextureFormats[mType - 1];
         return mIsUV ? sVector2 : sTexture;
@@ -167,10 +167,10 @@ struct RecordSlot
 
 // Walks the buffer field by field; the first field that does not hold ends the walk
 // with its offset.
-class Decoder
+class QelStreamDecoder
 {
 public:
-    Decoder(const void* pData, std::size_t pSize, Sink& pSink)
+    QelStreamDecoder(const void* pData, std::size_t pSize, QelDumpSink& pSink)
         : mData(static_cast<const unsigned char*>(pData)), mSize(pData ? pSize : 0), mOffset(0),
           mSink(pSink)
     {
@@ -181,7 +181,7 @@ public:
         int lRecord = 0;
         for (int lType = Element::eNormal; lType <= sLastChannel; ++lType)
             for (int lIsUV = 0; lIsUV < (lType >= sFirstChannel ? 2 : 1); ++lIsUV)
-                if (!DecodeRecord(++lRecord, RecordSlot{lType, lIsUV == 1})) return mResult;
+                if (!DecodeRecord(++lRecord, QelRecordSlot{lType, lIsUV == 1})) return mResult;
         if (mOffset < mSize)
             return Fail(mOffset,
                         std::to_string(mSize - mOffset) + " trailing bytes after the last record");
@@ -231,7 +231,7 @@ private:
         return false;
     }
 
-    bool DecodeRecord(int pRecord, const RecordSlot& pSlot)
+    bool DecodeRecord(int pRecord, const QelRecordSlot& pSlot)
     {
         const std::size_t lStart = mOffset;
         std::int32_t lType;
@@ -257,14 +257,14 @@ private:
         return !lPresent || DecodeElement(pSlot.Items());
     }
 
-    bool DecodeElement(const ItemFormat& pItems)
+    bool DecodeElement(const QelItemFormat& pItems)
     {
         return DecodeArray("direct count", pItems) && DecodeArray("index count", sInt) &&
                DecodeMode("mapping mode", sMappingModeNames) &&
                DecodeMode("reference mode", sReferenceModeNames) && DecodeName();
     }
 
-    bool DecodeArray(const char* pWhat, const ItemFormat& pItems)
+    bool DecodeArray(const char* pWhat, const QelItemFormat& pItems)
     {
         std::int32_t lCount;
         if (!ReadCount(pWhat, pItems.mWidth, lCount)) return false;
@@ -326,7 +326,7 @@ private:
     const unsigned char* mData;
     std::size_t mSize;
     std::size_t mOffset;
-    Sink& mSink;
+    QelDumpSink& mSink;
     QelDumpResult mResult;
 };
 
@@ -334,14 +334,14 @@ private:
 
 QelDumpResult QelDumpLayerStream(const void* pData, std::size_t pSize, std::FILE* pOut)
 {
-    Sink lSink(pOut);
-    return Decoder(pData, pSize, lSink).Run();
+    QelDumpSink lSink(pOut);
+    return QelStreamDecoder(pData, pSize, lSink).Run();
 }
 
 QelDumpResult QelDumpLayerStream(const void* pData, std::size_t pSize, std::string& pOut)
 {
-    Sink lSink(pOut);
-    return Decoder(pData, pSize, lSink).Run();
+    QelDumpSink lSink(pOut);
+    return QelStreamDecoder(pData, pSize, lSink).Run();
 }
 
 } // namespace qelsdk

@@ -74,7 +74,7 @@ template <class T> std::vector<T> Snapshot(const QelLayerElementArrayTemplate<T>
 }
 
 // Names numbered in the order of their first use.
-class NameTable
+class QelNameTable
 {
 public:
     int IndexOf(const std::string& pName)
@@ -95,7 +95,7 @@ enum class EForm { eUnknown, eAbsent, ePresent };
 
 // One optional per-polygon-vertex attribute: the values of its statement (vt or vn)
 // and the face's indices into them.
-template <class T> struct Attribute
+template <class T> struct QelAttribute
 {
     std::vector<T> mValues;
     std::vector<int> mIndices;
@@ -103,19 +103,19 @@ template <class T> struct Attribute
 };
 
 // A value that holds from polygon mFirst to the next run's first polygon.
-struct ValueRun
+struct QelValueRun
 {
     int mFirst;
     int mValue;
 };
 
-void Continue(std::vector<ValueRun>& pRuns, int pPolygon, int pValue)
+void Continue(std::vector<QelValueRun>& pRuns, int pPolygon, int pValue)
 {
     if (pRuns.empty() || pRuns.back().mValue != pValue) pRuns.push_back({pPolygon, pValue});
 }
 
 // One value per polygon, from the runs.
-std::vector<int> Expand(const std::vector<ValueRun>& pRuns, size_t pPolygonCount)
+std::vector<int> Expand(const std::vector<QelValueRun>& pRuns, size_t pPolygonCount)
 {
     std::vector<int> lValues(pPolygonCount);
     for (size_t i = 0; i < pRuns.size(); ++i) {
@@ -126,19 +126,19 @@ std::vector<int> Expand(const std::vector<ValueRun>& pRuns, size_t pPolygonCount
 }
 
 // What the statements of a file amount to, before any of it goes into a scene.
-struct ObjContent
+struct QelObjContent
 {
     std::vector<QelVector4> mPoints;
-    Attribute<QelVector2> mUVs;
-    Attribute<QelVector4> mNormals;
+    QelAttribute<QelVector2> mUVs;
+    QelAttribute<QelVector4> mNormals;
     std::vector<int> mPolygonVertices;
     std::vector<int> mPolygonSizes;
     // The per-polygon values as runs: most files change them every many faces.
-    std::vector<ValueRun> mMaterials;
-    std::vector<ValueRun> mGroups;
-    std::vector<ValueRun> mSmoothing;
-    NameTable mMaterialNames;
-    NameTable mGroupNames;
+    std::vector<QelValueRun> mMaterials;
+    std::vector<QelValueRun> mGroups;
+    std::vector<QelValueRun> mSmoothing;
+    QelNameTable mMaterialNames;
+    QelNameTable mGroupNames;
     bool mHasUsemtl = false;
     bool mHasGroups = false;
     bool mHasSmoothing = false;
@@ -156,10 +156,10 @@ bool IsBinary(unsigned char pChar)
 }
 
 // The text of one line, taken apart token by token.
-class LineCursor
+class QelLineCursor
 {
 public:
-    LineCursor(const char* pBegin, const char* pEnd) : mPos(pBegin), mEnd(pEnd) {}
+    QelLineCursor(const char* pBegin, const char* pEnd) : mPos(pBegin), mEnd(pEnd) {}
 
     std::string_view Next()
     {
@@ -186,11 +186,11 @@ private:
     const char* mEnd;
 };
 
-// Parses the statements of a file into an ObjContent, stopping at the first error.
-class Parser
+// Parses the statements of a file into an QelObjContent, stopping at the first error.
+class QelObjParser
 {
 public:
-    Parser(const char* pFileName, QelObjResult& pResult, ObjContent& pContent)
+    QelObjParser(const char* pFileName, QelObjResult& pResult, QelObjContent& pContent)
         : mFileName(pFileName), mResult(pResult), mContent(pContent)
     {
     }
@@ -199,16 +199,16 @@ public:
 
 private:
     bool Statement(const char* pBegin, const char* pEnd);
-    bool Vertex(LineCursor& pCursor);
-    bool TextureCoordinate(LineCursor& pCursor);
-    bool Normal(LineCursor& pCursor);
-    bool Face(LineCursor& pCursor);
+    bool Vertex(QelLineCursor& pCursor);
+    bool TextureCoordinate(QelLineCursor& pCursor);
+    bool Normal(QelLineCursor& pCursor);
+    bool Face(QelLineCursor& pCursor);
     bool Corner(std::string_view pToken);
     template <class T>
-    bool OptionalIndex(std::string_view& pRest, std::string_view pToken, Attribute<T>& pAttribute,
-                       const char* pWhat, const char* pPlural);
-    bool Smoothing(LineCursor& pCursor);
-    void MaterialLibrary(LineCursor& pCursor);
+    bool OptionalIndex(std::string_view& pRest, std::string_view pToken,
+                       QelAttribute<T>& pAttribute, const char* pWhat, const char* pPlural);
+    bool Smoothing(QelLineCursor& pCursor);
+    void MaterialLibrary(QelLineCursor& pCursor);
 
     bool Number(std::string_view pToken, double& pValue);
     bool Integer(std::string_view pToken, int& pValue);
@@ -221,7 +221,7 @@ private:
 
     const char* mFileName;
     QelObjResult& mResult;
-    ObjContent& mContent;
+    QelObjContent& mContent;
     int mLine = 0;
 
     std::string mMaterial = "default";
@@ -231,7 +231,7 @@ private:
     int mSmoothingGroup = 0;
 };
 
-bool Parser::Fail(const std::string& pText)
+bool QelObjParser::Fail(const std::string& pText)
 {
     mResult.mError = Where() + pText;
     return false;
@@ -239,7 +239,7 @@ bool Parser::Fail(const std::string& pText)
 
 // The number of statements of each kind that fill the large arrays, found by a look
 // at the start of every line, so that the arrays are reserved once.
-struct StatementCounts
+struct QelStatementCounts
 {
     size_t mPoints = 0;
     size_t mUVs = 0;
@@ -247,9 +247,9 @@ struct StatementCounts
     size_t mFaces = 0;
 };
 
-StatementCounts CountStatements(const char* pData, size_t pSize)
+QelStatementCounts CountStatements(const char* pData, size_t pSize)
 {
-    StatementCounts lCounts;
+    QelStatementCounts lCounts;
     const char* lPos = pData;
     const char* const lEnd = pData + pSize;
     while (lPos < lEnd) {
@@ -272,7 +272,7 @@ StatementCounts CountStatements(const char* pData, size_t pSize)
 // Room for what the counts announce; a face is taken to have three vertices, and
 // larger ones grow the arrays. The counts come from the input's own lines, so they
 // never exceed its size.
-void Reserve(ObjContent& pContent, const StatementCounts& pCounts)
+void Reserve(QelObjContent& pContent, const QelStatementCounts& pCounts)
 {
     pContent.mPoints.reserve(pCounts.mPoints);
     pContent.mUVs.mValues.reserve(pCounts.mUVs);
@@ -287,11 +287,11 @@ void Reserve(ObjContent& pContent, const StatementCounts& pCounts)
 // without an early exit, which lets the loop run wide over text.
 const char* FindBinary(const char* pBegin, const char* pEnd)
 {
-    constexpr int kBlock = 64;
+    constexpr int lBlock = 64;
     const char* lPos = pBegin;
-    for (; pEnd - lPos >= kBlock; lPos += kBlock) {
+    for (; pEnd - lPos >= lBlock; lPos += lBlock) {
         bool lBinary = false;
-        for (int i = 0; i < kBlock; ++i)
+        for (int i = 0; i < lBlock; ++i)
             lBinary |= IsBinary(static_cast<unsigned char>(lPos[i]));
         if (lBinary) break;
     }
@@ -300,7 +300,7 @@ const char* FindBinary(const char* pBegin, const char* pEnd)
     return lPos;
 }
 
-bool Parser::Parse(const char* pData, size_t pSize)
+bool QelObjParser::Parse(const char* pData, size_t pSize)
 {
     Reserve(mContent, CountStatements(pData, pSize));
     const char* lPos = pData;
@@ -326,9 +326,9 @@ bool Parser::Parse(const char* pData, size_t pSize)
     return true;
 }
 
-bool Parser::Statement(const char* pBegin, const char* pEnd)
+bool QelObjParser::Statement(const char* pBegin, const char* pEnd)
 {
-    LineCursor lCursor(pBegin, pEnd);
+    QelLineCursor lCursor(pBegin, pEnd);
     const std::string_view lKeyword = lCursor.Next();
     if (lKeyword.empty() || lKeyword[0] == '#') return true;
     mContent.mHasStatements = true;
@@ -353,7 +353,7 @@ bool Parser::Statement(const char* pBegin, const char* pEnd)
     return true;
 }
 
-bool Parser::Number(std::string_view pToken, double& pValue)
+bool QelObjParser::Number(std::string_view pToken, double& pValue)
 {
     std::string_view lDigits = pToken;
     if (!lDigits.empty() && lDigits[0] == '+') lDigits.remove_prefix(1);
@@ -364,7 +364,7 @@ bool Parser::Number(std::string_view pToken, double& pValue)
     return true;
 }
 
-bool Parser::Integer(std::string_view pToken, int& pValue)
+bool QelObjParser::Integer(std::string_view pToken, int& pValue)
 {
     std::string_view lDigits = pToken;
     if (!lDigits.empty() && lDigits[0] == '+') lDigits.remove_prefix(1);
@@ -376,7 +376,7 @@ bool Parser::Integer(std::string_view pToken, int& pValue)
 }
 
 // Reads 3 to 7 numbers; the first three are the point (a weight or a colour may follow).
-bool Parser::Vertex(LineCursor& pCursor)
+bool QelObjParser::Vertex(QelLineCursor& pCursor)
 {
     QelVector4 lPoint(0, 0, 0, 1);
     int lCount = 0;
@@ -393,7 +393,7 @@ bool Parser::Vertex(LineCursor& pCursor)
     return true;
 }
 
-bool Parser::TextureCoordinate(LineCursor& pCursor)
+bool QelObjParser::TextureCoordinate(QelLineCursor& pCursor)
 {
     QelVector2 lUV;
     int lCount = 0;
@@ -410,7 +410,7 @@ bool Parser::TextureCoordinate(LineCursor& pCursor)
     return true;
 }
 
-bool Parser::Normal(LineCursor& pCursor)
+bool QelObjParser::Normal(QelLineCursor& pCursor)
 {
     QelVector4 lNormal(0, 0, 0, 0);
     int lCount = 0;
@@ -428,8 +428,8 @@ bool Parser::Normal(LineCursor& pCursor)
 
 // A 1-based index counts from the start, a negative one back from the end of what
 // has been read so far.
-bool Parser::Resolve(int pIndex, size_t pCount, const char* pWhat, const char* pPlural,
-                     int& pResolved)
+bool QelObjParser::Resolve(int pIndex, size_t pCount, const char* pWhat, const char* pPlural,
+                           int& pResolved)
 {
     if (pIndex == 0) return Fail(std::string(pWhat) + " index 0 is invalid (indices start at 1)");
     const long long lIndex = pIndex > 0 ? pIndex - 1LL : static_cast<long long>(pCount) + pIndex;
@@ -440,7 +440,7 @@ bool Parser::Resolve(int pIndex, size_t pCount, const char* pWhat, const char* p
     return true;
 }
 
-bool Parser::Face(LineCursor& pCursor)
+bool QelObjParser::Face(QelLineCursor& pCursor)
 {
     if (mMaterialIndex < 0) mMaterialIndex = mContent.mMaterialNames.IndexOf(mMaterial);
     if (mGroupIndex < 0) mGroupIndex = mContent.mGroupNames.IndexOf(mGroup);
@@ -460,7 +460,7 @@ bool Parser::Face(LineCursor& pCursor)
     return true;
 }
 
-bool Parser::Corner(std::string_view pToken)
+bool QelObjParser::Corner(std::string_view pToken)
 {
     const size_t lSlash = pToken.find('/');
     int lVertex = 0;
@@ -483,8 +483,9 @@ bool Parser::Corner(std::string_view pToken)
 // pDigits empty: the corner has no such index. The first face vertex decides whether
 // every face vertex has one.
 template <class T>
-bool Parser::OptionalIndex(std::string_view& pDigits, std::string_view pToken,
-                           Attribute<T>& pAttribute, const char* pWhat, const char* pPlural)
+bool QelObjParser::OptionalIndex(std::string_view& pDigits, std::string_view pToken,
+                                 QelAttribute<T>& pAttribute, const char* pWhat,
+                                 const char* pPlural)
 {
     const EForm lForm = pDigits.empty() ? EForm::eAbsent : EForm::ePresent;
     if (pAttribute.mForm == EForm::eUnknown) pAttribute.mForm = lForm;
@@ -501,7 +502,7 @@ bool Parser::OptionalIndex(std::string_view& pDigits, std::string_view pToken,
     return true;
 }
 
-bool Parser::Smoothing(LineCursor& pCursor)
+bool QelObjParser::Smoothing(QelLineCursor& pCursor)
 {
     const std::string_view lValue = pCursor.Next();
     mContent.mHasSmoothing = true;
@@ -512,7 +513,7 @@ bool Parser::Smoothing(LineCursor& pCursor)
     return Integer(lValue, mSmoothingGroup);
 }
 
-void Parser::MaterialLibrary(LineCursor& pCursor)
+void QelObjParser::MaterialLibrary(QelLineCursor& pCursor)
 {
     const std::filesystem::path lDirectory = std::filesystem::path(mFileName).parent_path();
     for (std::string_view lName = pCursor.Next(); !lName.empty(); lName = pCursor.Next()) {
@@ -525,7 +526,7 @@ void Parser::MaterialLibrary(LineCursor& pCursor)
 
 // A per-polygon-vertex, index-to-direct element filled from an attribute.
 template <class Element, class T>
-bool FillIndexedElement(Element* pElement, const char* pName, const Attribute<T>& pAttribute)
+bool FillIndexedElement(Element* pElement, const char* pName, const QelAttribute<T>& pAttribute)
 {
     if (!pElement) return false;
     pElement->SetName(pName);
@@ -553,7 +554,7 @@ template <class Element> Element* CreateElement(QelLayer& pLayer, QelLayerElemen
     return static_cast<Element*>(pLayer.CreateLayerElementOfType(pType));
 }
 
-bool FillGeometry(const ObjContent& pContent, QelMesh& pMesh)
+bool FillGeometry(const QelObjContent& pContent, QelMesh& pMesh)
 {
     const int lPointCount = static_cast<int>(pContent.mPoints.size());
     pMesh.SetControlPointCount(lPointCount);
@@ -568,7 +569,7 @@ bool FillGeometry(const ObjContent& pContent, QelMesh& pMesh)
     return true;
 }
 
-bool FillMaterials(const ObjContent& pContent, QelObjScene& pScene, QelLayer& pLayer)
+bool FillMaterials(const QelObjContent& pContent, QelObjScene& pScene, QelLayer& pLayer)
 {
     for (const std::string& lName : pContent.mMaterialNames.Names())
         pScene.AddMaterial(lName.c_str());
@@ -581,26 +582,27 @@ bool FillMaterials(const ObjContent& pContent, QelObjScene& pScene, QelLayer& pL
     return FillArray(lElement->GetIndexArray(), lIndices.data(), lIndices.size());
 }
 
-bool FillScene(const ObjContent& pContent, QelObjScene& pScene)
+bool FillScene(const QelObjContent& pContent, QelObjScene& pScene)
 {
     QelLayer* lLayer = pScene.Layer();
     if (!lLayer || !FillGeometry(pContent, pScene.Mesh())) return false;
-    using E = QelLayerElement;
+    using QelKind = QelLayerElement;
     if (pContent.mNormals.mForm == EForm::ePresent &&
-        !FillIndexedElement(CreateElement<QelLayerElementNormal>(*lLayer, E::eNormal), "normals",
-                            pContent.mNormals))
+        !FillIndexedElement(CreateElement<QelLayerElementNormal>(*lLayer, QelKind::eNormal),
+                            "normals", pContent.mNormals))
         return false;
     if (pContent.mUVs.mForm == EForm::ePresent &&
-        !FillIndexedElement(CreateElement<QelLayerElementUV>(*lLayer, E::eUV), "diffuse",
+        !FillIndexedElement(CreateElement<QelLayerElementUV>(*lLayer, QelKind::eUV), "diffuse",
                             pContent.mUVs))
         return false;
     if (pContent.mHasUsemtl && !FillMaterials(pContent, pScene, *lLayer)) return false;
     if (pContent.mHasGroups &&
-        !FillPolygonElement(CreateElement<QelLayerElementPolygonGroup>(*lLayer, E::ePolygonGroup),
-                            "groups", Expand(pContent.mGroups, pContent.mPolygonSizes.size())))
+        !FillPolygonElement(
+            CreateElement<QelLayerElementPolygonGroup>(*lLayer, QelKind::ePolygonGroup), "groups",
+            Expand(pContent.mGroups, pContent.mPolygonSizes.size())))
         return false;
     if (pContent.mHasSmoothing &&
-        !FillPolygonElement(CreateElement<QelLayerElementSmoothing>(*lLayer, E::eSmoothing),
+        !FillPolygonElement(CreateElement<QelLayerElementSmoothing>(*lLayer, QelKind::eSmoothing),
                             "smoothing",
                             Expand(pContent.mSmoothing, pContent.mPolygonSizes.size())))
         return false;
@@ -612,8 +614,8 @@ bool FillScene(const ObjContent& pContent, QelObjScene& pScene)
 QelObjResult QelObjRead(const char* pData, size_t pSize, const char* pFileName, QelObjScene& pScene)
 {
     QelObjResult lResult;
-    ObjContent lContent;
-    Parser lParser(pFileName, lResult, lContent);
+    QelObjContent lContent;
+    QelObjParser lParser(pFileName, lResult, lContent);
     if (!lParser.Parse(pData, pSize)) return lResult;
     const std::string lFile(pFileName);
     if (!lContent.mHasStatements) {
@@ -677,7 +679,7 @@ namespace {
 // Where an element's value for one polygon vertex, polygon or control point is: the
 // position its mapping selects, through the index array when there is one. -1 when
 // the mapping is not pAllowed, -2 when the position or the index is out of range.
-struct ValueLocator
+struct QelValueLocator
 {
     QelLayerElement::EMappingMode mMapping;
     bool mIndexed;
@@ -699,7 +701,7 @@ struct ValueLocator
 template <class T>
 bool MakeLocator(const QelLayerElementTemplate<T>* pElement,
                  std::initializer_list<QelLayerElement::EMappingMode> pAllowed,
-                 ValueLocator& pLocator)
+                 QelValueLocator& pLocator)
 {
     if (!pElement) return false;
     const QelLayerElement::EMappingMode lMapping = pElement->GetMappingMode();
@@ -716,35 +718,35 @@ bool MakeLocator(const QelLayerElementTemplate<T>* pElement,
 }
 
 // Appends numbers and words to the text without a stream.
-class TextOut
+class QelTextOut
 {
 public:
-    explicit TextOut(std::string& pText) : mText(pText) {}
+    explicit QelTextOut(std::string& pText) : mText(pText) {}
 
-    TextOut& operator<<(const char* pWord)
+    QelTextOut& operator<<(const char* pWord)
     {
         mText += pWord;
         return *this;
     }
-    TextOut& operator<<(const std::string& pWord)
+    QelTextOut& operator<<(const std::string& pWord)
     {
         mText += pWord;
         return *this;
     }
-    TextOut& operator<<(char pChar)
+    QelTextOut& operator<<(char pChar)
     {
         mText += pChar;
         return *this;
     }
     // The shortest text that reads back to the same double.
-    TextOut& operator<<(double pValue)
+    QelTextOut& operator<<(double pValue)
     {
         char lBuffer[32];
         const std::to_chars_result lDone = std::to_chars(lBuffer, lBuffer + sizeof lBuffer, pValue);
         mText.append(lBuffer, lDone.ptr);
         return *this;
     }
-    TextOut& operator<<(int pValue)
+    QelTextOut& operator<<(int pValue)
     {
         char lBuffer[16];
         const std::to_chars_result lDone = std::to_chars(lBuffer, lBuffer + sizeof lBuffer, pValue);
@@ -761,9 +763,9 @@ class ObjWriter;
 
 // A per-polygon value written as a statement whenever it changes between polygons:
 // the value of each direct item, and the statement that announces a value.
-struct PolygonRun
+struct QelPolygonRun
 {
-    PolygonRun(const char* pWhat, void (ObjWriter::*pStatement)(int))
+    QelPolygonRun(const char* pWhat, void (ObjWriter::*pStatement)(int))
         : mWhat(pWhat), mStatement(pStatement)
     {
     }
@@ -771,7 +773,7 @@ struct PolygonRun
     const char* mWhat;
     void (ObjWriter::*mStatement)(int pValue);
     bool mPresent = false;
-    ValueLocator mLocator{};
+    QelValueLocator mLocator{};
     std::vector<int> mValues;
     bool mStarted = false;
     int mLast = 0;
@@ -791,8 +793,9 @@ private:
     void Points();
     template <class T, int N>
     bool Values(const QelLayerElementTemplate<T>* pElement, const char* pKeyword,
-                ValueLocator& pLocator);
-    template <class T> void Prepare(PolygonRun& pRun, const QelLayerElementTemplate<T>* pElement);
+                QelValueLocator& pLocator);
+    template <class T>
+    void Prepare(QelPolygonRun& pRun, const QelLayerElementTemplate<T>* pElement);
     bool PolygonStatements(int pPolygon);
     void Group(int pValue) { mOut << "g group" << pValue << '\n'; }
     void Material(int pValue);
@@ -806,22 +809,22 @@ private:
 
     const QelMesh& mMesh;
     const QelLayer& mLayer;
-    TextOut mOut;
+    QelTextOut mOut;
     std::string& mError;
 
     bool mHasUVs = false;
     bool mHasNormals = false;
-    ValueLocator mUVs{};
-    ValueLocator mNormals{};
-    PolygonRun mRuns[3] = {{"polygon group", &ObjWriter::Group},
-                           {"material", &ObjWriter::Material},
-                           {"smoothing", &ObjWriter::Smoothing}};
+    QelValueLocator mUVs{};
+    QelValueLocator mNormals{};
+    QelPolygonRun mRuns[3] = {{"polygon group", &ObjWriter::Group},
+                              {"material", &ObjWriter::Material},
+                              {"smoothing", &ObjWriter::Smoothing}};
     std::vector<QelSurfaceMaterial*> mMaterialItems;
 };
 
 // Groups and smoothing: the ints of the direct array.
 template <class T>
-void ObjWriter::Prepare(PolygonRun& pRun, const QelLayerElementTemplate<T>* pElement)
+void ObjWriter::Prepare(QelPolygonRun& pRun, const QelLayerElementTemplate<T>* pElement)
 {
     const auto lPerPolygon = {QelLayerElement::ePerPolygon, QelLayerElement::eAllSame};
     pRun.mPresent = MakeLocator(pElement, lPerPolygon, pRun.mLocator);
@@ -861,7 +864,7 @@ void ObjWriter::Points()
 // The direct items of a UV (N = 2) or normal (N = 3) element as vt or vn lines.
 template <class T, int N>
 bool ObjWriter::Values(const QelLayerElementTemplate<T>* pElement, const char* pKeyword,
-                       ValueLocator& pLocator)
+                       QelValueLocator& pLocator)
 {
     if (!MakeLocator(pElement,
                      {QelLayerElement::ePerPolygonVertex, QelLayerElement::eByControlPoint},
@@ -899,7 +902,7 @@ bool ObjWriter::Write()
 // The g, usemtl and s statements of the runs whose value changes at this polygon.
 bool ObjWriter::PolygonStatements(int pPolygon)
 {
-    for (PolygonRun& lRun : mRuns) {
+    for (QelPolygonRun& lRun : mRuns) {
         if (!lRun.mPresent) continue;
         const int lIndex = lRun.mLocator.Locate(pPolygon);
         if (lIndex < 0 || lIndex >= static_cast<int>(lRun.mValues.size()))
@@ -921,7 +924,7 @@ bool ObjWriter::Corner(int pPolygon, int pPosition, int pPolygonVertex)
         return Fail("polygon " + std::to_string(pPolygon) + " names vertex " +
                     std::to_string(lVertex) + " of " +
                     std::to_string(mMesh.GetControlPointsCount()));
-    auto lLocate = [&](const ValueLocator& pLocator) {
+    auto lLocate = [&](const QelValueLocator& pLocator) {
         return pLocator.Locate(
             pLocator.mMapping == QelLayerElement::eByControlPoint ? lVertex : pPolygonVertex);
     };
