@@ -34,6 +34,21 @@ bool ParseArguments(int pCount, char** pArguments, QelDemoOptions& pOptions)
     return true;
 }
 
+// A file without vn statements gets angle-weighted normals per polygon vertex, split
+// where its smoothing groups part, so that every imported mesh shows normals.
+bool ComputeMissingNormals(const char* pInput, QelObjScene& pScene)
+{
+    if (pScene.Layer()->GetNormals()) return true;
+    const EQelLayerUtilStatus lStatus =
+        QelComputeNormals(pScene.Mesh(), 0, QelLayerElement::ePerPolygonVertex);
+    if (lStatus != eQelUtilOk) {
+        std::fprintf(stderr, "%s: cannot compute normals (status %d)\n", pInput, lStatus);
+        return false;
+    }
+    std::printf("%s: no normals in the file; computed per polygon vertex\n", pInput);
+    return true;
+}
+
 bool Load(const QelDemoOptions& pOptions, QelObjScene& pScene)
 {
     if (!pOptions.mInput) {
@@ -50,7 +65,7 @@ bool Load(const QelDemoOptions& pOptions, QelObjScene& pScene)
     }
     if (lResult.mSkippedStatements)
         std::printf("%s: %d statement(s) skipped\n", pOptions.mInput, lResult.mSkippedStatements);
-    return true;
+    return ComputeMissingNormals(pOptions.mInput, pScene);
 }
 
 } // namespace

@@ -65,8 +65,9 @@ struct DemoRun
     {
         const std::string lOut = pDirectory.Path() + "/../" + Name("out");
         const std::string lErr = pDirectory.Path() + "/../" + Name("err");
-        const std::string lCommand = "cd '" + pDirectory.Path() + "' && '" QELSDK_TOOL_QELLAYER_DEMO "' " +
-                                     pArguments + " >'" + lOut + "' 2>'" + lErr + "'";
+        const std::string lCommand = "cd '" + pDirectory.Path() +
+                                     "' && '" QELSDK_TOOL_QELLAYER_DEMO "' " + pArguments + " >'" +
+                                     lOut + "' 2>'" + lErr + "'";
         const int lStatus = std::system(lCommand.c_str());
         mStatus = WIFEXITED(lStatus) ? WEXITSTATUS(lStatus) : -1;
         mOut = Contents(lOut);
@@ -243,6 +244,20 @@ TEST(QelLayerDemo, ImportsExportsAndImportsAgain)
     EXPECT_EQ(Contents(lDirectory.File("again.obj")), lExported);
     EXPECT_EQ(lDirectory.Files(), (std::vector<std::string>{"again.obj", "first.bin", "in.obj",
                                                             "out.obj", "second.bin"}));
+}
+
+TEST(QelLayerDemo, ComputesNormalsForAFileWithout)
+{
+    ScratchDirectory lDirectory;
+    std::ofstream(lDirectory.File("in.obj")) << "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\n";
+    const DemoRun lRun(lDirectory, "-e out.obj in.obj");
+    EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    EXPECT_EQ(lRun.mErr, "");
+    EXPECT_NE(lRun.mOut.find("in.obj: no normals in the file; computed per polygon vertex\n"),
+              std::string::npos);
+    EXPECT_EQ(Contents(lDirectory.File("out.obj")),
+              "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
+              "vn 0 0 1\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\nf 1//1 2//2 3//3 4//4\n");
 }
 
 TEST(QelLayerDemo, MissingMaterialLibraryIsOnlyAWarning)
