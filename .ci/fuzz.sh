@@ -6,6 +6,6 @@ cd "$(dirname "$0")/.."
 rm -rf build-fuzz
 cmake -S . -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DQELSDK_BUILD_FUZZERS=ON -DQELSDK_BUILD_TESTS=OFF -DQELSDK_BUILD_BENCHMARKS=OFF \
-  -DQELSDK_BUILD_TOOLS=OFF -DQELSDK_WARNINGS_AS_ERRORS=ON
+  -DQELSDK_BUILD_TOOLS=ON -DQELSDK_WARNINGS_AS_ERRORS=ON
 cmake --build build-fuzz
 bash fuzz/run.sh build-fuzz "${QELSDK_FUZZ_SECONDS:-60}"

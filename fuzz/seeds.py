@@ -59,3 +59,22 @@ write("qelarray_fuzz", "adds-and-removes",
       b"\x00" + ints(5) + b"\x00" + ints(-3) + b"\x01\x01" + ints(9) + b"\x02\x00")
 write("qelarray_fuzz", "buffers", b"\x05\x06\x07\x01\x02\x03\x04\x05\x06\x07\x08\x09\x08\x0a\x02")
 write("qelarray_fuzz", "resize-and-clear", b"\x04\x09\x03\x02" + ints(4) + b"\x04\x02\x06\x0b")
+
+# The layer stream dump reads the same streams as the layer's reader.
+write("qeldump_fuzz", "empty", layer({}))
+write("qeldump_fuzz", "holes-and-uvs", layer({
+    10: element(b"\x01\x00\x01", 1, [0, 2, 1], 3, b"holes"),
+    14: element(struct.pack("<4d", 0, 0, 1, 1), 16, [1, 0], 2, b"uv"),
+}))
+
+# OBJ text: plain faces, every corner form, indices from the end, and the statements
+# that make per-polygon elements.
+write("qelobj_fuzz", "triangle", b"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")
+write("qelobj_fuzz", "quad-uv-normal",
+      b"v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\n"
+      b"f 1/1/1 2/2/1 3/3/1 4/4/1\n")
+write("qelobj_fuzz", "negative-indices",
+      b"v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf -3//-1 -2//-1 -1//-1\n")
+write("qelobj_fuzz", "materials-groups-smoothing",
+      b"mtllib scene.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\ng top\nusemtl red\ns 1\n"
+      b"f 1 2 3\ng side\nusemtl blue\ns off\nf 1 3 4\nl 1 2\n")
