@@ -17,26 +17,26 @@ namespace {
 typedef QelLayerElement Element;
 
 // Item types whose components are doubles: the ones a tolerance and an average apply to.
-template <class T> struct IsFloatItem : std::false_type
+template <class T> struct QelIsFloatItem : std::false_type
 {
 };
-template <> struct IsFloatItem<QelVector4> : std::true_type
+template <> struct QelIsFloatItem<QelVector4> : std::true_type
 {
 };
-template <> struct IsFloatItem<QelVector2> : std::true_type
+template <> struct QelIsFloatItem<QelVector2> : std::true_type
 {
 };
-template <> struct IsFloatItem<QelColor> : std::true_type
+template <> struct QelIsFloatItem<QelColor> : std::true_type
 {
 };
-template <> struct IsFloatItem<double> : std::true_type
+template <> struct QelIsFloatItem<double> : std::true_type
 {
 };
 
 // User data keeps pointers to the channel arrays it owns in its direct array.
 template <class T> constexpr bool sIsUserData = std::is_same<T, void*>::value;
 
-template <class T> struct ElementArrays
+template <class T> struct QelElementArrays
 {
     QelLayerElementArrayTemplate<T>& mDirect;
     QelLayerElementArrayTemplate<int>& mIndex;
@@ -44,11 +44,11 @@ template <class T> struct ElementArrays
 
 // Both arrays of an element. The getters report a reference mode that does not
 // select their array, which is no misuse here: the mode is lent for the call.
-template <class T> ElementArrays<T> ArraysOf(QelLayerElementTemplate<T>& pElement)
+template <class T> QelElementArrays<T> ArraysOf(QelLayerElementTemplate<T>& pElement)
 {
     const Element::EReferenceMode lMode = pElement.GetReferenceMode();
     pElement.SetReferenceMode(Element::eIndexToDirect);
-    ElementArrays<T> lArrays{pElement.GetDirectArray(), pElement.GetIndexArray()};
+    QelElementArrays<T> lArrays{pElement.GetDirectArray(), pElement.GetIndexArray()};
     pElement.SetReferenceMode(lMode);
     return lArrays;
 }
@@ -58,28 +58,28 @@ bool IsLocked(const QelLayerElementArray& pArray)
     return pArray.IsWriteLocked() || pArray.GetReadLockCount() > 0;
 }
 
-template <class T> bool IsLocked(const ElementArrays<T>& pArrays)
+template <class T> bool IsLocked(const QelElementArrays<T>& pArrays)
 {
     return IsLocked(pArrays.mDirect) || IsLocked(pArrays.mIndex);
 }
 
 // The items of an array under a read lock held for the view's life. An empty array
 // hands out no buffer and needs no lock.
-template <class T> class ReadView
+template <class T> class QelReadView
 {
 public:
-    explicit ReadView(QelLayerElementArray& pArray)
+    explicit QelReadView(QelLayerElementArray& pArray)
         : mArray(pArray), mCount(pArray.GetCount()), mItems(nullptr)
     {
         if (mCount > 0) mItems = static_cast<T*>(pArray.GetLocked(QelLayerElementArray::eReadLock));
     }
-    ~ReadView()
+    ~QelReadView()
     {
         void* lItems = mItems;
         if (lItems) mArray.Release(&lItems);
     }
-    ReadView(const ReadView&) = delete;
-    ReadView& operator=(const ReadView&) = delete;
+    QelReadView(const QelReadView&) = delete;
+    QelReadView& operator=(const QelReadView&) = delete;
 
     bool Failed() const { return mCount > 0 && !mItems; }
     int Count() const { return mCount; }
@@ -133,9 +133,9 @@ EQelLayerUtilStatus Resolve(QelLayerElementTemplate<T>& pElement, QelArray<T>& p
     const Element::EReferenceMode lMode = pElement.GetReferenceMode();
     if (lMode != Element::eDirect && lMode != Element::eIndexToDirect)
         return eQelUtilBadReferenceMode;
-    ElementArrays<T> lArrays = ArraysOf(pElement);
+    QelElementArrays<T> lArrays = ArraysOf(pElement);
     if (IsLocked(lArrays)) return eQelUtilLocked;
-    ReadView<T> lDirect(lArrays.mDirect);
+    QelReadView<T> lDirect(lArrays.mDirect);
     if (lDirect.Failed()) return eQelUtilLocked;
     if (lMode == Element::eDirect) {
         if (!Allocate(pItems, lDirect.Count())) return eQelUtilOutOfMemory;
@@ -144,7 +144,7 @@ EQelLayerUtilStatus Resolve(QelLayerElementTemplate<T>& pElement, QelArray<T>& p
                         sizeof(T) * static_cast<size_t>(lDirect.Count()));
         return eQelUtilOk;
     }
-    ReadView<int> lIndex(lArrays.mIndex);
+    QelReadView<int> lIndex(lArrays.mIndex);
     if (lIndex.Failed()) return eQelUtilLocked;
     for (int i = 0; i < lIndex.Count(); ++i)
         if (lIndex.Items()[i] < 0 || lIndex.Items()[i] >= lDirect.Count())
@@ -160,7 +160,7 @@ template <class T>
 EQelLayerUtilStatus CommitDirect(QelLayerElementTemplate<T>& pElement, const QelArray<T>& pItems,
                                  Element::EMappingMode pMapping)
 {
-    ElementArrays<T> lArrays = ArraysOf(pElement);
+    QelElementArrays<T> lArrays = ArraysOf(pElement);
     if (!Store(lArrays.mDirect, pItems.GetArray(), pItems.Size())) return eQelUtilOutOfMemory;
     lArrays.mIndex.Clear();
     pElement.SetReferenceMode(Element::eDirect);
@@ -195,6 +195,8 @@ template <class T> uint32_t HashBytes(const T& pItem)
 
 template <class T> bool SameBytes(const T& pA, const T& pB)
 {
+    // Exact welding is by bytes: -0.0 and 0.0 stay apart and a NaN matches its own bits.
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     return std::memcmp(&pA, &pB, sizeof(T)) == 0;
 }
 
@@ -202,19 +204,19 @@ template <class T> bool SameBytes(const T& pA, const T& pB)
 // hash it was added under, which spares most comparisons of the items the values
 // stand for and lets the table grow without looking at them. The table doubles before
 // it is half full, so every probe ends at a free slot.
-class SlotTable
+class QelUtilSlotTable
 {
-    struct Slot
+    struct QelUtilSlot
     {
         int mValue;
         uint32_t mHash;
     };
 
 public:
-    SlotTable() = default;
-    ~SlotTable() { QelFree(mSlots); }
-    SlotTable(const SlotTable&) = delete;
-    SlotTable& operator=(const SlotTable&) = delete;
+    QelUtilSlotTable() = default;
+    ~QelUtilSlotTable() { QelFree(mSlots); }
+    QelUtilSlotTable(const QelUtilSlotTable&) = delete;
+    QelUtilSlotTable& operator=(const QelUtilSlotTable&) = delete;
 
     // Room for pEntries values before the table first grows; false without memory.
     bool Init(int pEntries)
@@ -229,7 +231,7 @@ public:
     template <class Same> int Find(uint32_t pHash, Same pSame) const
     {
         for (uint32_t i = pHash & mMask;; i = (i + 1) & mMask) {
-            const Slot& lSlot = mSlots[i];
+            const QelUtilSlot& lSlot = mSlots[i];
             if (lSlot.mValue == 0) return -1;
             if (lSlot.mHash == pHash && pSame(lSlot.mValue - 1)) return lSlot.mValue - 1;
         }
@@ -252,17 +254,17 @@ private:
         uint32_t i = pHash & mMask;
         while (mSlots[i].mValue != 0)
             i = (i + 1) & mMask;
-        mSlots[i] = Slot{pStored, pHash};
+        mSlots[i] = QelUtilSlot{pStored, pHash};
     }
 
     // Moves the entries into a free block of pCapacity slots (a power of 2).
     bool Reallocate(size_t pCapacity)
     {
         if (pCapacity > (size_t(1) << 31)) return false;
-        Slot* lSlots = static_cast<Slot*>(QelMalloc(sizeof(Slot) * pCapacity));
+        QelUtilSlot* lSlots = static_cast<QelUtilSlot*>(QelMalloc(sizeof(QelUtilSlot) * pCapacity));
         if (!lSlots) return false;
-        std::memset(static_cast<void*>(lSlots), 0, sizeof(Slot) * pCapacity);
-        Slot* lOld = mSlots;
+        std::memset(static_cast<void*>(lSlots), 0, sizeof(QelUtilSlot) * pCapacity);
+        QelUtilSlot* lOld = mSlots;
         const size_t lOldCapacity = lOld ? static_cast<size_t>(mMask) + 1 : 0;
         mSlots = lSlots;
         mMask = static_cast<uint32_t>(pCapacity - 1);
@@ -272,7 +274,7 @@ private:
         return true;
     }
 
-    Slot* mSlots = nullptr;
+    QelUtilSlot* mSlots = nullptr;
     uint32_t mMask = 0;
     int mCount = 0;
 };
@@ -284,7 +286,7 @@ constexpr int sFirstTableEntries = 1024;
 // --- Welding -----------------------------------------------------------------------
 
 // The outcome of a weld: the class of every item and the first item of each class.
-template <class T> struct WeldClasses
+template <class T> struct QelWeldClasses
 {
     QelArray<int> mIndices;
     QelArray<T> mKept;
@@ -296,7 +298,8 @@ template <class T> struct WeldClasses
 
 // The class of pItem among the classes compared by their bytes in pTable: an earlier
 // class, or a new one; -1 without memory.
-template <class T> int ClassByBytes(const T& pItem, SlotTable& pTable, WeldClasses<T>& pClasses)
+template <class T>
+int ClassByBytes(const T& pItem, QelUtilSlotTable& pTable, QelWeldClasses<T>& pClasses)
 {
     const uint32_t lHash = HashBytes(pItem);
     const int lFound =
@@ -307,9 +310,9 @@ template <class T> int ClassByBytes(const T& pItem, SlotTable& pTable, WeldClass
     return pClasses.Keep(pItem);
 }
 
-template <class T> bool WeldExact(const T* pItems, int pCount, WeldClasses<T>& pClasses)
+template <class T> bool WeldExact(const T* pItems, int pCount, QelWeldClasses<T>& pClasses)
 {
-    SlotTable lTable;
+    QelUtilSlotTable lTable;
     if (!lTable.Init(QelMin(pCount, sFirstTableEntries))) return false;
     int* lIndices = pClasses.mIndices.GetArray();
     for (int i = 0; i < pCount; ++i)
@@ -318,30 +321,30 @@ template <class T> bool WeldExact(const T* pItems, int pCount, WeldClasses<T>& p
 }
 
 // Grid cells of a floating-point item for welding within a tolerance.
-template <class T> class ToleranceGrid
+template <class T> class QelToleranceGrid
 {
 public:
     static constexpr int sDimensions = static_cast<int>(sizeof(T) / sizeof(double));
 
-    struct Cell
+    struct QelGridCell
     {
         long long mAxis[sDimensions];
     };
 
-    explicit ToleranceGrid(double pTolerance) : mTolerance(pTolerance) {}
+    explicit QelToleranceGrid(double pTolerance) : mTolerance(pTolerance) {}
 
     bool Init(int pCount) { return mTable.Init(QelMin(pCount, sFirstTableEntries)); }
 
     // The cell of pItem; false for an item off the grid: a component that is not
     // finite or too far out for its cell number to be exact.
-    bool CellOf(const T& pItem, Cell& pCell) const
+    bool CellOf(const T& pItem, QelGridCell& pCell) const
     {
         double lValues[sDimensions];
         std::memcpy(lValues, &pItem, sizeof(T));
-        for (int d = 0; d < sDimensions; ++d) {
-            const double lCell = std::floor(lValues[d] / mTolerance);
+        for (int lAxis = 0; lAxis < sDimensions; ++lAxis) {
+            const double lCell = std::floor(lValues[lAxis] / mTolerance);
             if (!(std::fabs(lCell) < 4503599627370496.0)) return false; // 2^52, NaN too
-            pCell.mAxis[d] = static_cast<long long>(lCell);
+            pCell.mAxis[lAxis] = static_cast<long long>(lCell);
         }
         return true;
     }
@@ -351,22 +354,22 @@ public:
         double lA[sDimensions], lB[sDimensions];
         std::memcpy(lA, &pA, sizeof(T));
         std::memcpy(lB, &pB, sizeof(T));
-        for (int d = 0; d < sDimensions; ++d)
-            if (!(std::fabs(lA[d] - lB[d]) <= mTolerance)) return false;
+        for (int lAxis = 0; lAxis < sDimensions; ++lAxis)
+            if (!(std::fabs(lA[lAxis] - lB[lAxis]) <= mTolerance)) return false;
         return true;
     }
 
     // The earliest class within tolerance of pItem among the cells around pCell, or -1.
-    int Nearest(const WeldClasses<T>& pClasses, const T& pItem, const Cell& pCell) const
+    int Nearest(const QelWeldClasses<T>& pClasses, const T& pItem, const QelGridCell& pCell) const
     {
         int lBest = -1;
         int lOffsets = 1;
-        for (int d = 0; d < sDimensions; ++d)
+        for (int lAxis = 0; lAxis < sDimensions; ++lAxis)
             lOffsets *= 3;
-        for (int o = 0; o < lOffsets; ++o) {
-            Cell lCell;
-            for (int d = 0, lDigits = o; d < sDimensions; ++d, lDigits /= 3)
-                lCell.mAxis[d] = pCell.mAxis[d] + lDigits % 3 - 1;
+        for (int lOffset = 0; lOffset < lOffsets; ++lOffset) {
+            QelGridCell lCell;
+            for (int lAxis = 0, lDigits = lOffset; lAxis < sDimensions; ++lAxis, lDigits /= 3)
+                lCell.mAxis[lAxis] = pCell.mAxis[lAxis] + lDigits % 3 - 1;
             const int lClass =
                 mTable.Find(HashCell(lCell), [&](int pClass) { return IsCell(pClass, lCell); });
             if (lClass >= 0 && (lBest < 0 || lClass < lBest) &&
@@ -377,42 +380,42 @@ public:
     }
 
     // Files class pClass, the only one of its cell, under pCell; false without memory.
-    bool Add(int pClass, const Cell& pCell)
+    bool Add(int pClass, const QelGridCell& pCell)
     {
         return mCells.Add(pCell) >= 0 && mTable.Add(HashCell(pCell), pClass);
     }
 
     // Gives a class off the grid its place among the cells, where no search looks.
-    bool Skip() { return mCells.Add(Cell{}) >= 0; }
+    bool Skip() { return mCells.Add(QelGridCell{}) >= 0; }
 
 private:
-    static uint32_t HashCell(const Cell& pCell)
+    static uint32_t HashCell(const QelGridCell& pCell)
     {
         uint64_t lHash = 0;
-        for (int d = 0; d < sDimensions; ++d)
-            lHash = Mix(lHash ^ static_cast<uint64_t>(pCell.mAxis[d]));
+        for (int lAxis = 0; lAxis < sDimensions; ++lAxis)
+            lHash = Mix(lHash ^ static_cast<uint64_t>(pCell.mAxis[lAxis]));
         return static_cast<uint32_t>(lHash);
     }
 
-    bool IsCell(int pClass, const Cell& pCell) const
+    bool IsCell(int pClass, const QelGridCell& pCell) const
     {
-        return std::memcmp(&mCells.GetArray()[pClass], &pCell, sizeof(Cell)) == 0;
+        return std::memcmp(&mCells.GetArray()[pClass], &pCell, sizeof(QelGridCell)) == 0;
     }
 
     double mTolerance;
-    SlotTable mTable;
-    QelArray<Cell> mCells; // one per class, in class order
+    QelUtilSlotTable mTable;
+    QelArray<QelGridCell> mCells; // one per class, in class order
 };
 
 template <class T>
-bool WeldWithin(const T* pItems, int pCount, double pTolerance, WeldClasses<T>& pClasses)
+bool WeldWithin(const T* pItems, int pCount, double pTolerance, QelWeldClasses<T>& pClasses)
 {
-    SlotTable lExact;
-    ToleranceGrid<T> lGrid(pTolerance);
+    QelUtilSlotTable lExact;
+    QelToleranceGrid<T> lGrid(pTolerance);
     if (!lExact.Init(QelMin(pCount, sFirstTableEntries)) || !lGrid.Init(pCount)) return false;
     int* lIndices = pClasses.mIndices.GetArray();
     for (int i = 0; i < pCount; ++i) {
-        typename ToleranceGrid<T>::Cell lCell;
+        typename QelToleranceGrid<T>::QelGridCell lCell;
         const int lClasses = pClasses.mKept.Size();
         int lClass;
         if (!lGrid.CellOf(pItems[i], lCell)) {
@@ -432,10 +435,10 @@ bool WeldWithin(const T* pItems, int pCount, double pTolerance, WeldClasses<T>& 
 }
 
 template <class T>
-bool Classify(const T* pItems, int pCount, double pTolerance, WeldClasses<T>& pClasses)
+bool Classify(const T* pItems, int pCount, double pTolerance, QelWeldClasses<T>& pClasses)
 {
     if (!Allocate(pClasses.mIndices, pCount)) return false;
-    if constexpr (IsFloatItem<T>::value) {
+    if constexpr (QelIsFloatItem<T>::value) {
         if (pTolerance > 0.0) return WeldWithin(pItems, pCount, pTolerance, pClasses);
     }
     return WeldExact(pItems, pCount, pClasses);
@@ -475,10 +478,10 @@ int ItemOfCorner(Element::EMappingMode pMapping, int pPolygon, int pVertex, int 
 template <class Visit> void ForEachCorner(const QelMesh& pMesh, Visit pVisit)
 {
     int lVertex = 0;
-    for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
-        const int lSize = pMesh.GetPolygonSize(p);
-        for (int j = 0; j < lSize; ++j)
-            pVisit(p, lVertex++, pMesh.GetPolygonVertex(p, j));
+    for (int lPolygon = 0; lPolygon < pMesh.GetPolygonCount(); ++lPolygon) {
+        const int lSize = pMesh.GetPolygonSize(lPolygon);
+        for (int lCorner = 0; lCorner < lSize; ++lCorner)
+            pVisit(lPolygon, lVertex++, pMesh.GetPolygonVertex(lPolygon, lCorner));
     }
 }
 
@@ -494,7 +497,7 @@ bool PointsInRange(const QelMesh& pMesh)
 
 // For each new item, the old items that fall on it: the sources of item t are
 // mSources[mOffsets[t]] to mSources[mOffsets[t + 1] - 1].
-struct Gathering
+struct QelGathering
 {
     QelArray<int> mOffsets;
     QelArray<int> mSources;
@@ -506,8 +509,9 @@ struct Gathering
         if (pFrom == Element::eAllSame || pTo == Element::eAllSame) {
             const int lSources = pFrom == Element::eAllSame ? pToCount : pFromCount;
             if (!Allocate(mOffsets, pToCount + 1) || !Allocate(mSources, lSources)) return false;
-            for (int t = 0; t <= pToCount; ++t)
-                mOffsets.GetArray()[t] = pFrom == Element::eAllSame ? t : (t ? lSources : 0);
+            for (int lTarget = 0; lTarget <= pToCount; ++lTarget)
+                mOffsets.GetArray()[lTarget] =
+                    pFrom == Element::eAllSame ? lTarget : (lTarget ? lSources : 0);
             for (int i = 0; i < lSources; ++i)
                 mSources.GetArray()[i] = pFrom == Element::eAllSame ? 0 : i;
             mLongest = pFrom == Element::eAllSame ? 1 : lSources;
@@ -520,9 +524,9 @@ struct Gathering
         ForEachCorner(pMesh, [&](int pPolygon, int pVertex, int pPoint) {
             ++lOffsets[ItemOfCorner(pTo, pPolygon, pVertex, pPoint) + 1];
         });
-        for (int t = 0; t < pToCount; ++t) {
-            mLongest = QelMax(mLongest, lOffsets[t + 1]);
-            lOffsets[t + 1] += lOffsets[t];
+        for (int lTarget = 0; lTarget < pToCount; ++lTarget) {
+            mLongest = QelMax(mLongest, lOffsets[lTarget + 1]);
+            lOffsets[lTarget + 1] += lOffsets[lTarget];
         }
         // Fills each run from its start, moving the starts along; they end where the
         // next run begins, and are put back after.
@@ -530,8 +534,8 @@ struct Gathering
             mSources.GetArray()[lOffsets[ItemOfCorner(pTo, pPolygon, pVertex, pPoint)]++] =
                 ItemOfCorner(pFrom, pPolygon, pVertex, pPoint);
         });
-        for (int t = pToCount; t > 0; --t)
-            lOffsets[t] = lOffsets[t - 1];
+        for (int lTarget = pToCount; lTarget > 0; --lTarget)
+            lOffsets[lTarget] = lOffsets[lTarget - 1];
         lOffsets[0] = 0;
         return true;
     }
@@ -578,16 +582,16 @@ template <class T> T Average(const T* pItems, const int* pSources, int pCount)
     for (int i = 0; i < pCount; ++i) {
         double lValues[lDimensions];
         std::memcpy(lValues, &pItems[pSources[i]], sizeof(T));
-        for (int d = 0; d < lDimensions; ++d)
-            lSum[d] += lValues[d];
+        for (int lAxis = 0; lAxis < lDimensions; ++lAxis)
+            lSum[lAxis] += lValues[lAxis];
     }
-    for (int d = 0; d < lDimensions; ++d)
-        lSum[d] /= pCount;
+    for (int lAxis = 0; lAxis < lDimensions; ++lAxis)
+        lSum[lAxis] /= pCount;
     if constexpr (std::is_same<T, QelVector4>::value) {
         const double lLength = std::sqrt(lSum[0] * lSum[0] + lSum[1] * lSum[1] + lSum[2] * lSum[2]);
         if (lLength > 0.0)
-            for (int d = 0; d < 3; ++d)
-                lSum[d] /= lLength;
+            for (int lAxis = 0; lAxis < 3; ++lAxis)
+                lSum[lAxis] /= lLength;
     }
     T lResult;
     std::memcpy(static_cast<void*>(&lResult), lSum, sizeof(T));
@@ -598,7 +602,7 @@ template <class T> T Merge(const T* pItems, const int* pSources, int pCount, int
 {
     if (pCount == 0) return Zero<T>();
     if (pCount == 1) return pItems[pSources[0]];
-    if constexpr (IsFloatItem<T>::value) {
+    if constexpr (QelIsFloatItem<T>::value) {
         (void)pScratch;
         return Average(pItems, pSources, pCount);
     } else {
@@ -622,7 +626,7 @@ EQelLayerUtilStatus ChangeMapping(QelLayerElementTemplate<T>& pElement, const Qe
     if (lStatus != eQelUtilOk) return lStatus;
     if (lItems.Size() != ItemCountFor(pMesh, lFrom)) return eQelUtilCountMismatch;
     const int lCount = ItemCountFor(pMesh, pMapping);
-    Gathering lGathering;
+    QelGathering lGathering;
     QelArray<T> lMerged;
     QelArray<int> lScratch;
     if (!lGathering.Build(pMesh, lFrom, pMapping, lItems.Size(), lCount) ||
@@ -630,29 +634,36 @@ EQelLayerUtilStatus ChangeMapping(QelLayerElementTemplate<T>& pElement, const Qe
         (std::is_same<T, int>::value && !Allocate(lScratch, lGathering.mLongest)))
         return eQelUtilOutOfMemory;
     const int* lOffsets = lGathering.mOffsets.GetArray();
-    for (int t = 0; t < lCount; ++t)
-        lMerged.GetArray()[t] =
-            Merge(lItems.GetArray(), lGathering.mSources.GetArray() + lOffsets[t],
-                  lOffsets[t + 1] - lOffsets[t], lScratch.GetArray());
+    for (int lTarget = 0; lTarget < lCount; ++lTarget)
+        lMerged.GetArray()[lTarget] =
+            Merge(lItems.GetArray(), lGathering.mSources.GetArray() + lOffsets[lTarget],
+                  lOffsets[lTarget + 1] - lOffsets[lTarget], lScratch.GetArray());
     return CommitDirect(pElement, lMerged, pMapping);
 }
 
 // --- Normals -----------------------------------------------------------------------
 
-struct Vec3
+struct QelVec3
 {
-    double x, y, z;
+    double mX, mY, mZ;
 };
 
-Vec3 operator-(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-Vec3 Cross(const Vec3& a, const Vec3& b)
+QelVec3 operator-(const QelVec3& pA, const QelVec3& pB)
 {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    return {pA.mX - pB.mX, pA.mY - pB.mY, pA.mZ - pB.mZ};
 }
-double Dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-double Length(const Vec3& a) { return std::sqrt(Dot(a, a)); }
+QelVec3 Cross(const QelVec3& pA, const QelVec3& pB)
+{
+    return {pA.mY * pB.mZ - pA.mZ * pB.mY, pA.mZ * pB.mX - pA.mX * pB.mZ,
+            pA.mX * pB.mY - pA.mY * pB.mX};
+}
+double Dot(const QelVec3& pA, const QelVec3& pB)
+{
+    return pA.mX * pB.mX + pA.mY * pB.mY + pA.mZ * pB.mZ;
+}
+double Length(const QelVec3& pA) { return std::sqrt(Dot(pA, pA)); }
 
-Vec3 PointOf(const QelMesh& pMesh, int pPoint)
+QelVec3 PointOf(const QelMesh& pMesh, int pPoint)
 {
     const QelVector4 lPoint = pMesh.GetControlPointAt(pPoint);
     return {lPoint[0], lPoint[1], lPoint[2]};
@@ -660,12 +671,12 @@ Vec3 PointOf(const QelMesh& pMesh, int pPoint)
 
 // Newell's sum of a polygon, twice its area along its normal, and the summed squares
 // of its edge lengths.
-void NewellSum(const Vec3* pPoints, int pSize, Vec3& pNewell, double& pEdges)
+void NewellSum(const QelVec3* pPoints, int pSize, QelVec3& pNewell, double& pEdges)
 {
     if (pSize == 3) {
         // For a triangle the sum is the cross product of two of its edges.
-        const Vec3 lEdges[3] = {pPoints[1] - pPoints[0], pPoints[2] - pPoints[1],
-                                pPoints[0] - pPoints[2]};
+        const QelVec3 lEdges[3] = {pPoints[1] - pPoints[0], pPoints[2] - pPoints[1],
+                                   pPoints[0] - pPoints[2]};
         pNewell = Cross(lEdges[0], lEdges[1]);
         pEdges = Dot(lEdges[0], lEdges[0]) + Dot(lEdges[1], lEdges[1]) + Dot(lEdges[2], lEdges[2]);
         return;
@@ -673,41 +684,41 @@ void NewellSum(const Vec3* pPoints, int pSize, Vec3& pNewell, double& pEdges)
     pNewell = {0.0, 0.0, 0.0};
     pEdges = 0.0;
     for (int i = 0; i < pSize; ++i) {
-        const Vec3& a = pPoints[i];
-        const Vec3& b = pPoints[i + 1 == pSize ? 0 : i + 1];
-        pNewell.x += (a.y - b.y) * (a.z + b.z);
-        pNewell.y += (a.z - b.z) * (a.x + b.x);
-        pNewell.z += (a.x - b.x) * (a.y + b.y);
-        const Vec3 lEdge = b - a;
+        const QelVec3& lFrom = pPoints[i];
+        const QelVec3& lTo = pPoints[i + 1 == pSize ? 0 : i + 1];
+        pNewell.mX += (lFrom.mY - lTo.mY) * (lFrom.mZ + lTo.mZ);
+        pNewell.mY += (lFrom.mZ - lTo.mZ) * (lFrom.mX + lTo.mX);
+        pNewell.mZ += (lFrom.mX - lTo.mX) * (lFrom.mY + lTo.mY);
+        const QelVec3 lEdge = lTo - lFrom;
         pEdges += Dot(lEdge, lEdge);
     }
 }
 
 // The unit normal of a polygon by Newell's method, or false for a degenerate one.
-bool PolygonNormal(const Vec3* pPoints, int pSize, Vec3& pNormal)
+bool PolygonNormal(const QelVec3* pPoints, int pSize, QelVec3& pNormal)
 {
     if (pSize < 3) return false;
-    Vec3 lNewell;
+    QelVec3 lNewell;
     double lEdges;
     NewellSum(pPoints, pSize, lNewell, lEdges);
     const double lLength = Length(lNewell);
     if (!(lLength > 1e-10 * lEdges)) return false;
-    pNormal = {lNewell.x / lLength, lNewell.y / lLength, lNewell.z / lLength};
+    pNormal = {lNewell.mX / lLength, lNewell.mY / lLength, lNewell.mZ / lLength};
     return true;
 }
 
 // The angle of a polygon at pPoints[i].
-double CornerAngle(const Vec3* pPoints, int pSize, int i)
+double CornerAngle(const QelVec3* pPoints, int pSize, int pCorner)
 {
-    const Vec3 lToPrevious = pPoints[i == 0 ? pSize - 1 : i - 1] - pPoints[i];
-    const Vec3 lToNext = pPoints[i + 1 == pSize ? 0 : i + 1] - pPoints[i];
+    const QelVec3 lToPrevious = pPoints[pCorner == 0 ? pSize - 1 : pCorner - 1] - pPoints[pCorner];
+    const QelVec3 lToNext = pPoints[pCorner + 1 == pSize ? 0 : pCorner + 1] - pPoints[pCorner];
     return std::atan2(Length(Cross(lToPrevious, lToNext)), Dot(lToPrevious, lToNext));
 }
 
 // Where each polygon vertex adds its weighted normal: one sum per control point, or,
 // with smoothing groups, one per control point and non-zero group (found through a
 // hash table) and none for the vertices of hard polygons.
-class NormalSums
+class QelNormalSums
 {
 public:
     bool Init(const QelMesh& pMesh, const int* pGroups)
@@ -736,28 +747,28 @@ public:
         return mKeys.Add(lKey);
     }
 
-    void Add(int pSum, const Vec3& pNormal, double pWeight)
+    void Add(int pSum, const QelVec3& pNormal, double pWeight)
     {
-        Vec3& lSum = mSums.GetArray()[pSum];
-        lSum.x += pNormal.x * pWeight;
-        lSum.y += pNormal.y * pWeight;
-        lSum.z += pNormal.z * pWeight;
+        QelVec3& lSum = mSums.GetArray()[pSum];
+        lSum.mX += pNormal.mX * pWeight;
+        lSum.mY += pNormal.mY * pWeight;
+        lSum.mZ += pNormal.mZ * pWeight;
     }
 
-    const Vec3& Sum(int pSum) const { return mSums.GetArray()[pSum]; }
+    const QelVec3& Sum(int pSum) const { return mSums.GetArray()[pSum]; }
 
 private:
     const int* mGroups = nullptr;
-    QelArray<Vec3> mSums;
+    QelArray<QelVec3> mSums;
     QelArray<uint64_t> mKeys;
-    SlotTable mTable;
+    QelUtilSlotTable mTable;
 };
 
-QelVector4 UnitNormal(const Vec3& pSum)
+QelVector4 UnitNormal(const QelVec3& pSum)
 {
     const double lLength = Length(pSum);
     if (!(lLength > 0.0)) return QelVector4(0.0, 0.0, 0.0, 0.0);
-    return QelVector4(pSum.x / lLength, pSum.y / lLength, pSum.z / lLength, 0.0);
+    return QelVector4(pSum.mX / lLength, pSum.mY / lLength, pSum.mZ / lLength, 0.0);
 }
 
 // The smoothing groups of a by-polygon smoothing element of pLayer, into pGroups;
@@ -775,36 +786,37 @@ EQelLayerUtilStatus SmoothingGroups(const QelMesh& pMesh, QelLayer* pLayer, QelA
 
 // The weighted sums of a mesh's polygon normals, ready to be written out as unit
 // normals, one per control point or polygon vertex.
-class MeshNormals
+class QelMeshNormals
 {
 public:
     // Checks the vertices on the way: eQelUtilIndexOutOfRange for one past the control
     // points.
     EQelLayerUtilStatus Compute(const QelMesh& pMesh, const int* pGroups)
     {
-        QelArray<Vec3> lPoints;
+        QelArray<QelVec3> lPoints;
         QelArray<int> lVertices;
         if (!mSums.Init(pMesh, pGroups) || (pGroups && !Allocate(mFaces, pMesh.GetPolygonCount())))
             return eQelUtilOutOfMemory;
         const int lPointCount = pMesh.GetControlPointsCount();
-        for (int p = 0; p < pMesh.GetPolygonCount(); ++p) {
-            const int lSize = pMesh.GetPolygonSize(p);
+        for (int lPolygon = 0; lPolygon < pMesh.GetPolygonCount(); ++lPolygon) {
+            const int lSize = pMesh.GetPolygonSize(lPolygon);
             if (lSize > lPoints.Size() && (!lPoints.Resize(lSize) || !lVertices.Resize(lSize)))
                 return eQelUtilOutOfMemory;
-            Vec3* lPoint = lPoints.GetArray();
+            QelVec3* lPoint = lPoints.GetArray();
             int* lVertex = lVertices.GetArray();
-            for (int j = 0; j < lSize; ++j) {
-                lVertex[j] = pMesh.GetPolygonVertex(p, j);
-                if (lVertex[j] < 0 || lVertex[j] >= lPointCount) return eQelUtilIndexOutOfRange;
-                lPoint[j] = PointOf(pMesh, lVertex[j]);
+            for (int lCorner = 0; lCorner < lSize; ++lCorner) {
+                lVertex[lCorner] = pMesh.GetPolygonVertex(lPolygon, lCorner);
+                if (lVertex[lCorner] < 0 || lVertex[lCorner] >= lPointCount)
+                    return eQelUtilIndexOutOfRange;
+                lPoint[lCorner] = PointOf(pMesh, lVertex[lCorner]);
             }
-            Vec3 lFace{0.0, 0.0, 0.0};
+            QelVec3 lFace{0.0, 0.0, 0.0};
             const bool lSolid = PolygonNormal(lPoint, lSize, lFace);
-            if (pGroups) mFaces.GetArray()[p] = lFace;
+            if (pGroups) mFaces.GetArray()[lPolygon] = lFace;
             if (!lSolid) continue;
-            for (int j = 0; j < lSize; ++j) {
-                const int lSum = mSums.SumOf(p, lVertex[j]);
-                if (lSum >= 0) mSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, j));
+            for (int lCorner = 0; lCorner < lSize; ++lCorner) {
+                const int lSum = mSums.SumOf(lPolygon, lVertex[lCorner]);
+                if (lSum >= 0) mSums.Add(lSum, lFace, CornerAngle(lPoint, lSize, lCorner));
             }
         }
         return eQelUtilOk;
@@ -827,13 +839,13 @@ public:
     }
 
 private:
-    NormalSums mSums;
-    QelArray<Vec3> mFaces; // with smoothing groups only: the normals of hard polygons
+    QelNormalSums mSums;
+    QelArray<QelVec3> mFaces; // with smoothing groups only: the normals of hard polygons
 };
 
 // The layer and its normal element to write into, made when missing. A normal
 // element made here is undone by Discard.
-struct NormalTarget
+struct QelNormalTarget
 {
     QelLayer* mLayer = nullptr;
     QelLayerElementNormal* mElement = nullptr;
@@ -877,14 +889,14 @@ template <class T>
 EQelLayerUtilStatus QelWeld(QelLayerElementTemplate<T>& pElement, double pTolerance)
 {
     if (sIsUserData<T>) return eQelUtilUnsupportedKind;
-    if (!(pTolerance >= 0.0) || (pTolerance > 0.0 && !IsFloatItem<T>::value))
+    if (!(pTolerance >= 0.0) || (pTolerance > 0.0 && !QelIsFloatItem<T>::value))
         return eQelUtilBadTolerance;
     if (pElement.GetReferenceMode() != Element::eDirect) return eQelUtilBadReferenceMode;
-    ElementArrays<T> lArrays = ArraysOf(pElement);
+    QelElementArrays<T> lArrays = ArraysOf(pElement);
     if (IsLocked(lArrays)) return eQelUtilLocked;
-    WeldClasses<T> lClasses;
+    QelWeldClasses<T> lClasses;
     {
-        ReadView<T> lDirect(lArrays.mDirect);
+        QelReadView<T> lDirect(lArrays.mDirect);
         if (lDirect.Failed()) return eQelUtilLocked;
         if (!Classify(lDirect.Items(), lDirect.Count(), pTolerance, lClasses))
             return eQelUtilOutOfMemory;
@@ -918,7 +930,7 @@ EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
     if (pMapping != Element::eByControlPoint && pMapping != Element::ePerPolygonVertex)
         return eQelUtilBadMappingMode;
     if (pLayerIndex < 0 || pLayerIndex > pMesh.GetLayerCount()) return eQelUtilBadLayer;
-    NormalTarget lTarget;
+    QelNormalTarget lTarget;
     lTarget.mLayer = pMesh.GetLayer(pLayerIndex);
     lTarget.mElement = lTarget.mLayer ? lTarget.mLayer->GetNormals() : nullptr;
     if (lTarget.mElement && IsLocked(ArraysOf(*lTarget.mElement))) return eQelUtilLocked;
@@ -929,14 +941,14 @@ EQelLayerUtilStatus QelComputeNormals(QelMesh& pMesh, int pLayerIndex,
             SmoothingGroups(pMesh, lTarget.mLayer, lGroups, lUseGroups);
         if (lStatus != eQelUtilOk) return lStatus;
     }
-    MeshNormals lNormals;
+    QelMeshNormals lNormals;
     const EQelLayerUtilStatus lStatus =
         lNormals.Compute(pMesh, lUseGroups ? lGroups.GetArray() : nullptr);
     if (lStatus != eQelUtilOk) return lStatus;
     if (!lTarget.Make(pMesh, pLayerIndex)) return eQelUtilOutOfMemory;
     // The normals go straight into the element, whose array is sized first: the only
     // step that may fail once the target exists.
-    ElementArrays<QelVector4> lArrays = ArraysOf(*lTarget.mElement);
+    QelElementArrays<QelVector4> lArrays = ArraysOf(*lTarget.mElement);
     const int lCount = ItemCountFor(pMesh, pMapping);
     if (!SetItemCount(lArrays.mDirect, lCount)) {
         lTarget.Discard();
