@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <unistd.h>
+
 namespace qelsdk {
 namespace test {
 namespace {
@@ -261,6 +263,30 @@ void MemoryRecorder::Clear()
     mLive.clear();
     mRefused = 0;
     RefuseNone();
+}
+
+ScratchDirectory::ScratchDirectory(const char* pPrefix)
+{
+    static int sCount = 0;
+    mPath =
+        std::filesystem::temp_directory_path() /
+        (std::string(pPrefix) + "_" + std::to_string(::getpid()) + "_" + std::to_string(++sCount));
+    std::filesystem::create_directories(mPath);
+}
+
+ScratchDirectory::~ScratchDirectory()
+{
+    std::error_code lError;
+    std::filesystem::remove_all(mPath, lError);
+}
+
+std::vector<std::string> ScratchDirectory::Files() const
+{
+    std::vector<std::string> lNames;
+    for (const auto& lEntry : std::filesystem::directory_iterator(mPath))
+        lNames.push_back(lEntry.path().filename().string());
+    std::sort(lNames.begin(), lNames.end());
+    return lNames;
 }
 
 } // namespace test

@@ -7,6 +7,7 @@
 #include <qelsdk/core/base/qelassert.h>
 
 #include <cstddef>
+#include <filesystem>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -164,6 +165,26 @@ private:
     size_t mLimit;
     bool mHasLimit;
     int mRefused;
+};
+
+// A directory of its own under the system's temporary directory, named after the
+// process and a running count so that tests run side by side never share one; removed
+// with everything in it at destruction.
+class ScratchDirectory
+{
+public:
+    explicit ScratchDirectory(const char* pPrefix);
+    ~ScratchDirectory();
+    ScratchDirectory(const ScratchDirectory&) = delete;
+    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+    std::string File(const char* pName) const { return (mPath / pName).string(); }
+    std::string Path() const { return mPath.string(); }
+    // The names of the files in the directory, sorted.
+    std::vector<std::string> Files() const;
+
+private:
+    std::filesystem::path mPath;
 };
 
 } // namespace test

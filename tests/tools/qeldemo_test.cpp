@@ -1,6 +1,8 @@
 // The demo's steps in process, and qellayer-demo itself run as a program.
 #include "qeldemo.h"
 
+#include "support/qeltestsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -19,37 +21,6 @@ namespace {
 
 using E = QelLayerElement;
 
-class ScratchDirectory
-{
-public:
-    ScratchDirectory()
-    {
-        static int sCount = 0;
-        mPath = std::filesystem::temp_directory_path() /
-                ("qeldemo_test_" + std::to_string(::getpid()) + "_" + std::to_string(++sCount));
-        std::filesystem::create_directories(mPath);
-    }
-    ~ScratchDirectory()
-    {
-        std::error_code lError;
-        std::filesystem::remove_all(mPath, lError);
-    }
-    std::string File(const char* pName) const { return (mPath / pName).string(); }
-    std::string Path() const { return mPath.string(); }
-    // The names of the files in the directory, sorted.
-    std::vector<std::string> Files() const
-    {
-        std::vector<std::string> lNames;
-        for (const auto& lEntry : std::filesystem::directory_iterator(mPath))
-            lNames.push_back(lEntry.path().filename().string());
-        std::sort(lNames.begin(), lNames.end());
-        return lNames;
-    }
-
-private:
-    std::filesystem::path mPath;
-};
-
 std::string Contents(const std::string& pPath)
 {
     std::ifstream lFile(pPath, std::ios::binary);
@@ -61,7 +32,7 @@ std::string Contents(const std::string& pPath)
 // One run of qellayer-demo in pDirectory with pArguments (already quoted).
 struct DemoRun
 {
-    DemoRun(const ScratchDirectory& pDirectory, const std::string& pArguments)
+    DemoRun(const test::ScratchDirectory& pDirectory, const std::string& pArguments)
     {
         const std::string lOut = pDirectory.Path() + "/../" + Name("out");
         const std::string lErr = pDirectory.Path() + "/../" + Name("err");
@@ -145,7 +116,7 @@ TEST(QelDemoElementTable, AlignsOneRowPerElement)
 
 TEST(QelDemoRoundTrip, ReadsEveryElementBackIntoAFreshMesh)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     const std::string lPath = lDirectory.File("layer.bin");
     QelObjScene lSource("cube");
     ASSERT_TRUE(QelDemoBuildCube(lSource));
@@ -168,7 +139,7 @@ TEST(QelDemoRoundTrip, ReadsEveryElementBackIntoAFreshMesh)
 
 TEST(QelDemoRoundTrip, ReportsAnUnwritableFile)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     const std::string lPath = lDirectory.File("no/layer.bin");
     QelObjScene lSource("cube");
     ASSERT_TRUE(QelDemoBuildCube(lSource));
@@ -207,7 +178,7 @@ TEST(QelDemoCompareLayers, NamesEachDifference)
 
 TEST(QelLayerDemo, DefaultCubePrintsTheTableAndRoundTrips)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     const DemoRun lRun(lDirectory, "");
     QelObjScene lCube("cube");
     ASSERT_TRUE(QelDemoBuildCube(lCube));
@@ -225,7 +196,7 @@ TEST(QelLayerDemo, DefaultCubePrintsTheTableAndRoundTrips)
 
 TEST(QelLayerDemo, ImportsExportsAndImportsAgain)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     std::ofstream(lDirectory.File("in.obj"))
         << "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 1\nvn 0 0 1\n"
            "g a\nusemtl m\ns 1\nf 1/1/1 2/2/1 3/1/1 4/2/1\nvp 1\n";
@@ -248,7 +219,7 @@ TEST(QelLayerDemo, ImportsExportsAndImportsAgain)
 
 TEST(QelLayerDemo, ComputesNormalsForAFileWithout)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     std::ofstream(lDirectory.File("in.obj")) << "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\n";
     const DemoRun lRun(lDirectory, "-e out.obj in.obj");
     EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
@@ -262,7 +233,7 @@ TEST(QelLayerDemo, ComputesNormalsForAFileWithout)
 
 TEST(QelLayerDemo, MissingMaterialLibraryIsOnlyAWarning)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     std::ofstream(lDirectory.File("in.obj"))
         << "mtllib lost.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
     const DemoRun lRun(lDirectory, "in.obj");
@@ -288,7 +259,7 @@ TEST(QelLayerDemo, MalformedInputFailsWithOneLineAndNoOutputFile)
         {std::string("\x89PNG\r\n\x1a\n\0\0", 10), "in.obj:2: binary data (byte 26), not an OBJ "
                                                    "text file"}};
     for (const Case& lCase : lCases) {
-        ScratchDirectory lDirectory;
+        test::ScratchDirectory lDirectory("qeldemo_test");
         std::ofstream(lDirectory.File("in.obj"), std::ios::binary) << lCase.mText;
         const DemoRun lRun(lDirectory, "-o layer.bin -e out.obj in.obj");
         EXPECT_EQ(lRun.mStatus, 1) << lCase.mError;
@@ -300,7 +271,7 @@ TEST(QelLayerDemo, MalformedInputFailsWithOneLineAndNoOutputFile)
 
 TEST(QelLayerDemo, MissingFileFailsWithStatusOne)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     const DemoRun lRun(lDirectory, "absent.obj");
     EXPECT_EQ(lRun.mStatus, 1);
     EXPECT_EQ(lRun.mErr, "absent.obj: cannot open: No such file or directory\n");
@@ -309,7 +280,7 @@ TEST(QelLayerDemo, MissingFileFailsWithStatusOne)
 
 TEST(QelLayerDemo, UnwritableStreamFileFailsWithStatusOne)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     const DemoRun lRun(lDirectory, "-o no/layer.bin");
     EXPECT_EQ(lRun.mStatus, 1);
     EXPECT_EQ(lRun.mErr, "no/layer.bin: cannot write: No such file or directory\n");
@@ -318,7 +289,7 @@ TEST(QelLayerDemo, UnwritableStreamFileFailsWithStatusOne)
 
 TEST(QelLayerDemo, BadArgumentsGiveUsageAndStatusTwo)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qeldemo_test");
     for (const char* lArguments : {"-x", "-o", "a.obj b.obj"}) {
         const DemoRun lRun(lDirectory, lArguments);
         EXPECT_EQ(lRun.mStatus, 2) << lArguments;

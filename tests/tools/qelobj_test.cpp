@@ -2,6 +2,8 @@
 #include "qeldemo.h"
 #include "qelobj.h"
 
+#include "support/qeltestsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -10,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
 
 using namespace qelsdk;
 
@@ -48,28 +49,6 @@ std::vector<int> Polygon(const QelMesh& pMesh, int pPolygon)
         lVertices.push_back(pMesh.GetPolygonVertex(pPolygon, i));
     return lVertices;
 }
-
-// A directory of its own under the system's temporary directory, removed at the end.
-class ScratchDirectory
-{
-public:
-    ScratchDirectory()
-    {
-        static int sCount = 0;
-        mPath = std::filesystem::temp_directory_path() /
-                ("qelobj_test_" + std::to_string(::getpid()) + "_" + std::to_string(++sCount));
-        std::filesystem::create_directories(mPath);
-    }
-    ~ScratchDirectory()
-    {
-        std::error_code lError;
-        std::filesystem::remove_all(mPath, lError);
-    }
-    std::string File(const char* pName) const { return (mPath / pName).string(); }
-
-private:
-    std::filesystem::path mPath;
-};
 
 const char* const sSquare = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 const char* const sSquareUVs = "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n";
@@ -210,7 +189,7 @@ TEST(QelObjRead, SmoothingTakesOffZeroAndNumbers)
 
 TEST(QelObjRead, MissingMaterialLibraryIsAWarning)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qelobj_test");
     std::ofstream(lDirectory.File("there.mtl")) << "newmtl a\n";
     const std::string lPath = lDirectory.File("in.obj");
     Import lImport(std::string("mtllib there.mtl\n") + sSquare + "mtllib gone.mtl\nf 1 2 3\n",
@@ -257,7 +236,11 @@ TEST(QelObjRead, MalformedInputGivesOneErrorNamingFileAndLine)
     EXPECT_EQ(ErrorOf(std::string(sSquare) + "f 1 2 3a\n"), "bad.obj:5: bad number '3a'");
     EXPECT_EQ(ErrorOf(std::string(sSquare) + "s smooth\n"), "bad.obj:5: bad number 'smooth'");
     EXPECT_EQ(ErrorOf("v 1 2\n"), "bad.obj:1: v needs 3 to 7 numbers, not 2");
+    EXPECT_EQ(ErrorOf("v 1 2 3 4 5 6 7 8\n"), "bad.obj:1: v needs 3 to 7 numbers, not 8");
+    EXPECT_EQ(ErrorOf("vt\n"), "bad.obj:1: vt needs 1 to 3 numbers, not 0");
+    EXPECT_EQ(ErrorOf("vt 1 2 3 4\n"), "bad.obj:1: vt needs 1 to 3 numbers, not 4");
     EXPECT_EQ(ErrorOf("vn 1 2 3 4\n"), "bad.obj:1: vn needs 3 numbers, not 4");
+    EXPECT_EQ(ErrorOf("vn 1 2\n"), "bad.obj:1: vn needs 3 numbers, not 2");
     EXPECT_EQ(ErrorOf(std::string(sSquare) + "f 1 2 5\n"),
               "bad.obj:5: vertex index 5 out of range (4 vertices)");
     EXPECT_EQ(ErrorOf(std::string(sSquare) + "f 1 2 -5\n"),
@@ -297,7 +280,7 @@ TEST(QelObjRead, EmptyAndBinaryInputAreErrors)
 
 TEST(QelObjReadFile, MissingFileIsAnError)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qelobj_test");
     const std::string lPath = lDirectory.File("absent.obj");
     QelObjScene lScene;
     const QelObjResult lResult = QelObjReadFile(lPath.c_str(), lScene);
@@ -307,7 +290,7 @@ TEST(QelObjReadFile, MissingFileIsAnError)
 
 TEST(QelObjReadFile, ReadsTheFile)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qelobj_test");
     const std::string lPath = lDirectory.File("square.obj");
     std::ofstream(lPath) << sSquare << "f 1 2 3 4\nbevel on\n";
     QelObjScene lScene;
@@ -427,7 +410,7 @@ TEST(QelObjWrite, RefusesAnIndexBeyondTheDirectArray)
 
 TEST(QelObjWriteFile, LeavesNothingBehindWhenItFails)
 {
-    ScratchDirectory lDirectory;
+    test::ScratchDirectory lDirectory("qelobj_test");
     const std::string lPath = lDirectory.File("missing/out.obj");
     Import lImport(std::string(sSquare) + "f 1 2 3\n");
     std::string lError;

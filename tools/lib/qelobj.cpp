@@ -210,8 +210,10 @@ private:
     bool Smoothing(QelLineCursor& pCursor);
     void MaterialLibrary(QelLineCursor& pCursor);
 
-    bool Number(std::string_view pToken, double& pValue);
-    bool Integer(std::string_view pToken, int& pValue);
+    template <class T> bool Number(std::string_view pToken, T& pValue);
+    template <class T>
+    bool Components(QelLineCursor& pCursor, T pItem, int pMin, int pMax, const char* pNeeds,
+                    const char* pTooMany, std::vector<T>& pItems);
     bool Resolve(int pIndex, size_t pCount, const char* pWhat, const char* pPlural, int& pResolved);
     bool Fail(const std::string& pText);
     std::string Where() const
@@ -353,7 +355,8 @@ bool QelObjParser::Statement(const char* pBegin, const char* pEnd)
     return true;
 }
 
-bool QelObjParser::Number(std::string_view pToken, double& pValue)
+// A whole token as a number of type T (double or int), with an optional '+'.
+template <class T> bool QelObjParser::Number(std::string_view pToken, T& pValue)
 {
     std::string_view lDigits = pToken;
     if (!lDigits.empty() && lDigits[0] == '+') lDigits.remove_prefix(1);
@@ -364,66 +367,47 @@ bool QelObjParser::Number(std::string_view pToken, double& pValue)
     return true;
 }
 
-bool QelObjParser::Integer(std::string_view pToken, int& pValue)
+// The numbers of a v, vt or vn statement: pMin to pMax of them, the first three (two
+// for a texture coordinate) going into pItem, whose other components keep their
+// defaults; the item then joins pItems. pNeeds opens the message for a wrong count ("v needs 3 to 7
+// numbers"), pTooMany is the message for an item past INT_MAX.
+template <class T>
+bool QelObjParser::Components(QelLineCursor& pCursor, T pItem, int pMin, int pMax,
+                              const char* pNeeds, const char* pTooMany, std::vector<T>& pItems)
 {
-    std::string_view lDigits = pToken;
-    if (!lDigits.empty() && lDigits[0] == '+') lDigits.remove_prefix(1);
-    const char* lEnd = lDigits.data() + lDigits.size();
-    const std::from_chars_result lParsed = std::from_chars(lDigits.data(), lEnd, pValue);
-    if (pToken.empty() || lParsed.ec != std::errc() || lParsed.ptr != lEnd)
-        return Fail("bad number '" + std::string(pToken.substr(0, 40)) + "'");
-    return true;
-}
-
-// Reads 3 to 7 numbers; the first three are the point (a weight or a colour may follow).
-bool QelObjParser::Vertex(QelLineCursor& pCursor)
-{
-    QelVector4 lPoint(0, 0, 0, 1);
+    constexpr int lSize = static_cast<int>(sizeof(T) / sizeof(double));
     int lCount = 0;
     for (std::string_view lToken = pCursor.Next(); !lToken.empty(); lToken = pCursor.Next()) {
         double lValue = 0;
         if (!Number(lToken, lValue)) return false;
-        if (lCount < 3) lPoint[lCount] = lValue;
+        if (lCount < QelMin(lSize, 3)) pItem[lCount] = lValue;
         ++lCount;
     }
-    if (lCount < 3 || lCount > 7)
-        return Fail("v needs 3 to 7 numbers, not " + std::to_string(lCount));
-    if (mContent.mPoints.size() >= INT_MAX) return Fail("too many vertices");
-    mContent.mPoints.push_back(lPoint);
+    if (lCount < pMin || lCount > pMax)
+        return Fail(std::string(pNeeds) + ", not " + std::to_string(lCount));
+    if (pItems.size() >= INT_MAX) return Fail(pTooMany);
+    pItems.push_back(pItem);
     return true;
+}
+
+// A point takes 3 to 7 numbers (a weight or a colour may follow), a texture
+// coordinate 1 to 3 (the third is dropped), a normal exactly 3.
+bool QelObjParser::Vertex(QelLineCursor& pCursor)
+{
+    return Components(pCursor, QelVector4(0, 0, 0, 1), 3, 7, "v needs 3 to 7 numbers",
+                      "too many vertices", mContent.mPoints);
 }
 
 bool QelObjParser::TextureCoordinate(QelLineCursor& pCursor)
 {
-    QelVector2 lUV;
-    int lCount = 0;
-    for (std::string_view lToken = pCursor.Next(); !lToken.empty(); lToken = pCursor.Next()) {
-        double lValue = 0;
-        if (!Number(lToken, lValue)) return false;
-        if (lCount < 2) lUV[lCount] = lValue;
-        ++lCount;
-    }
-    if (lCount < 1 || lCount > 3)
-        return Fail("vt needs 1 to 3 numbers, not " + std::to_string(lCount));
-    if (mContent.mUVs.mValues.size() >= INT_MAX) return Fail("too many texture coordinates");
-    mContent.mUVs.mValues.push_back(lUV);
-    return true;
+    return Components(pCursor, QelVector2(0, 0), 1, 3, "vt needs 1 to 3 numbers",
+                      "too many texture coordinates", mContent.mUVs.mValues);
 }
 
 bool QelObjParser::Normal(QelLineCursor& pCursor)
 {
-    QelVector4 lNormal(0, 0, 0, 0);
-    int lCount = 0;
-    for (std::string_view lToken = pCursor.Next(); !lToken.empty(); lToken = pCursor.Next()) {
-        double lValue = 0;
-        if (!Number(lToken, lValue)) return false;
-        if (lCount < 3) lNormal[lCount] = lValue;
-        ++lCount;
-    }
-    if (lCount != 3) return Fail("vn needs 3 numbers, not " + std::to_string(lCount));
-    if (mContent.mNormals.mValues.size() >= INT_MAX) return Fail("too many normals");
-    mContent.mNormals.mValues.push_back(lNormal);
-    return true;
+    return Components(pCursor, QelVector4(0, 0, 0, 0), 3, 3, "vn needs 3 numbers",
+                      "too many normals", mContent.mNormals.mValues);
 }
 
 // A 1-based index counts from the start, a negative one back from the end of what
@@ -464,7 +448,7 @@ bool QelObjParser::Corner(std::string_view pToken)
 {
     const size_t lSlash = pToken.find('/');
     int lVertex = 0;
-    if (!Integer(pToken.substr(0, lSlash), lVertex) ||
+    if (!Number(pToken.substr(0, lSlash), lVertex) ||
         !Resolve(lVertex, mContent.mPoints.size(), "vertex", "vertices", lVertex))
         return false;
     if (mContent.mPolygonVertices.size() >= INT_MAX) return Fail("too many face vertices");
@@ -495,7 +479,7 @@ bool QelObjParser::OptionalIndex(std::string_view& pDigits, std::string_view pTo
                     " index, unlike the first face vertex");
     if (lForm == EForm::eAbsent) return true;
     int lIndex = 0;
-    if (!Integer(pDigits, lIndex) ||
+    if (!Number(pDigits, lIndex) ||
         !Resolve(lIndex, pAttribute.mValues.size(), pWhat, pPlural, lIndex))
         return false;
     pAttribute.mIndices.push_back(lIndex);
@@ -510,7 +494,7 @@ bool QelObjParser::Smoothing(QelLineCursor& pCursor)
         mSmoothingGroup = 0;
         return true;
     }
-    return Integer(lValue, mSmoothingGroup);
+    return Number(lValue, mSmoothingGroup);
 }
 
 void QelObjParser::MaterialLibrary(QelLineCursor& pCursor)
