@@ -43,6 +43,9 @@ write("qellayerstream_fuzz", "holes-and-uvs", layer({
     14: element(struct.pack("<4d", 0, 0, 1, 1), 16, [1, 0], 2, b"uv"),
 }))
 write("qellayerstream_fuzz", "cut", layer({0: element(normals, 32, [], 2, b"N")})[:60])
+# A hole record that announces three items and ends there: the slots the resize
+# exposes keep bytes no bool holds, which the clone then reads.
+write("qellayerstream_fuzz", "short-holes", layer({})[:50] + ints(11) + b"\x01" + ints(3))
 
 # Value conversion: destination tag, source tag (signed bytes), then the source bytes.
 def copy(dst, src, payload):

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <vector>
 
@@ -1214,6 +1215,36 @@ TEST(QelLayerElementArrayTemplate, PointerInstantiations)
     lUVs.Resize(1);
     lUVs.SetAt(0, QelVector2(0.5, 0.25));
     EXPECT_EQ(lUVs.GetAt(0), QelVector2(0.5, 0.25));
+}
+
+// A bool slot holding a byte no bool holds (here written raw; slots that growth
+// exposes without zeroing can hold any byte) reads as true, as a bool of value 1.
+TEST(QelLayerElementArrayTemplate, BoolItemsReadTheirByteAsZeroOrOne)
+{
+    QelLayerElementArrayTemplate<bool> lBools(eQelBool);
+    lBools.Resize(3);
+    void* lItems = lBools.GetLocked(QelLayerElementArray::eWriteLock);
+    ASSERT_NE(lItems, nullptr);
+    const unsigned char lBytes[3] = {0xbe, 0, 1};
+    std::memcpy(lItems, lBytes, sizeof lBytes);
+    lBools.Release(&lItems);
+
+    for (int i = 0; i < 3; ++i) {
+        const bool lItem = lBools.GetAt(i);
+        unsigned char lByte = 0xff;
+        std::memcpy(&lByte, &lItem, 1);
+        EXPECT_EQ(lByte, i == 1 ? 0 : 1) << i;
+    }
+    bool lKept = true;
+    EXPECT_FALSE(lBools.QelLayerElementArray::GetAt(3, &lKept)); // out of range: zero
+    EXPECT_FALSE(lKept);
+
+    QelLayerElementArrayTemplate<bool> lCopy(eQelBool);
+    lCopy = lBools;
+    const void* lCopied = lCopy.GetLocked(QelLayerElementArray::eReadLock);
+    ASSERT_NE(lCopied, nullptr);
+    EXPECT_EQ(std::memcmp(lCopied, "\1\0\1", 3), 0);
+    lCopy.Release(const_cast<void**>(&lCopied));
 }
 
 } // namespace

@@ -139,7 +139,9 @@ public:
     // Typed single items: the type passed down is QelTypeOf(T). A stored item larger
     // than T is not copied into *pItem, which it would overrun: GetAt then reports "Bad
     // data type conversion", sets eTypeMismatch and returns false with *pItem
-    // untouched. Stored items of T's size or smaller are copied as raw bytes.
+    // untouched. Stored items of T's size or smaller are copied as raw bytes, but a
+    // bool is read as its byte: slots that growth exposes without zeroing (and raw
+    // writes) may hold a byte no bool holds, which reads as true.
     template <class T> bool GetAt(int pIndex, T* pItem) const
     {
         T* lPtr = pItem;
@@ -193,6 +195,15 @@ private:
     void CopyBack(void* pBuffer, const BufferRecord& pRecord, EQelType pDataType);
     int Search(const char* pFunction, int pFrom, int pStep, const void* pItem) const;
 };
+
+template <> inline bool QelLayerElementArray::GetAt<bool>(int pIndex, bool* pItem) const
+{
+    unsigned char lByte = pItem && *pItem;
+    unsigned char* lPtr = pItem ? &lByte : nullptr;
+    const bool lRead = GetAtInto(pIndex, reinterpret_cast<void**>(&lPtr), sizeof(bool));
+    if (pItem) *pItem = lByte != 0;
+    return lRead;
+}
 
 // The typed face of the array: the same storage, locks and status, with values of T.
 // The stored type is whatever the creator passed, not derived from T.
