@@ -2,6 +2,8 @@
 # Runs every fuzz target of a build for the given number of seconds each, on a copy of
 # its seed corpus, and fails when one of them finds a crash (the input is kept and
 # named). Usage: fuzz/run.sh BUILD_DIR SECONDS
+# QELSDK_FUZZ_SEED, when set, fixes libFuzzer's random seed, so that a run is repeated
+# by running it again (up to where the time runs out).
 set -euo pipefail
 if [ $# -ne 2 ]; then
   echo "usage: $0 BUILD_DIR SECONDS" >&2
@@ -25,6 +27,7 @@ for lFuzzer in "$lBuild"/fuzz/*_fuzz; do
   fi
   lLog="$lWork/$lName/log"
   if "$lFuzzer" -max_total_time="$lSeconds" -print_final_stats=1 -timeout=10 \
+      ${QELSDK_FUZZ_SEED:+-seed="$QELSDK_FUZZ_SEED"} \
       -artifact_prefix="$lWork/$lName/crashes/" "$lWork/$lName/corpus" >"$lLog" 2>&1; then
     lDone=$(grep -E "^#[0-9]+[[:space:]]+DONE" "$lLog" | tail -1)
     lRuns=$(grep -E "^stat::number_of_executed_units" "$lLog" | awk '{print $2}')
