@@ -286,6 +286,13 @@ QelLayerElementTemplate<T>::operator=(const QelLayerElementTemplate& pOther)
 
 namespace {
 
+// The bytes of pCount items of pArray, in 64 bits: a stream call takes at most
+// INT_MAX of them, which the callers check.
+long long BlockBytes(const QelLayerElementArray& pArray, int pCount)
+{
+    return static_cast<long long>(pCount) * static_cast<long long>(pArray.GetStride());
+}
+
 // One array as a count and one block of raw items. The array is reached directly,
 // not through the guarded accessors: its reference mode does not decide what is
 // streamed.
@@ -294,8 +301,7 @@ bool WriteArray(QelStream& pStream, QelLayerElementArray& pArray)
     const int lCount = pArray.GetCount();
     if (!internal::QelWriteInt(pStream, lCount)) return false;
     if (lCount <= 0) return true;
-    const long long lBytes =
-        static_cast<long long>(lCount) * static_cast<long long>(pArray.GetStride());
+    const long long lBytes = BlockBytes(pArray, lCount);
     if (lBytes > INT_MAX) return false;
     void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
     if (!lItems) {
@@ -321,8 +327,7 @@ bool ReadArray(const QelStream& pStream, QelLayerElementArray& pArray)
     if (pStream.Read(&lCount, 4) != 4) return false;
     pArray.Resize(lCount);
     if (lCount <= 0) return true;
-    const long long lBytes =
-        static_cast<long long>(lCount) * static_cast<long long>(pArray.GetStride());
+    const long long lBytes = BlockBytes(pArray, lCount);
     if (pArray.GetCount() != lCount || lBytes > INT_MAX) return false;
     void* lItems = pArray.GetLocked(QelLayerElementArray::eReadWriteLock);
     if (!lItems) {

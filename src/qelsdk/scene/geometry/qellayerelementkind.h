@@ -53,19 +53,19 @@ inline bool QelRegister(QelLayerElement& pElement, QelLayerContainer* pOwner, in
 template <class TKind>
 TKind* QelCreateElement(QelLayerContainer* pOwner, const char* pName, const QelDataType& pType)
 {
-    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
-    TKind* tmp = QelNew<TKind>();
-    if (!tmp) {
+    TKind* lElement = QelNew<TKind>();
+    if (!lElement) {
         _QelAssert(sLayerSourceFile, "Create", __LINE__, false, "%s", "tmp != NULL");
         return nullptr;
     }
-    tmp->SetName(pName);
-    tmp->SetType(&pType);
-    if (!QelHasName(*tmp, pName) || !tmp->AllocateArrays() || !QelRegister(*tmp, pOwner, 0)) {
-        QelDelete(tmp);
+    lElement->SetName(pName);
+    lElement->SetType(&pType);
+    if (!QelHasName(*lElement, pName) || !lElement->AllocateArrays() ||
+        !QelRegister(*lElement, pOwner, 0)) {
+        QelDelete(lElement);
         return nullptr;
     }
-    return tmp;
+    return lElement;
 }
 
 } // namespace internal

@@ -96,25 +96,24 @@ QelLayerElementUserData* QelLayerElementUserData::Create(QelLayerContainer* pOwn
                                                          QelArray<QelDataType>& pDataTypes,
                                                          QelArray<const char*>& pDataNames)
 {
-    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
-    QelLayerElementUserData* tmp = QelNew<QelLayerElementUserData>(pId, pDataTypes, pDataNames);
-    if (!tmp) return ReportNoElement();
-    tmp->SetName(pName);
-    tmp->SetType(&QelLayerElementUserDataDT);
-    const bool lWhole = tmp->Holds(pDataTypes.GetCount(), pDataNames.GetCount()) &&
-                        internal::QelHasName(*tmp, pName) && tmp->AllocateArrays();
-    return Register(tmp, lWhole, pOwner);
+    QelLayerElementUserData* lElement =
+        QelNew<QelLayerElementUserData>(pId, pDataTypes, pDataNames);
+    if (!lElement) return ReportNoElement();
+    lElement->SetName(pName);
+    lElement->SetType(&QelLayerElementUserDataDT);
+    const bool lWhole = lElement->Holds(pDataTypes.GetCount(), pDataNames.GetCount()) &&
+                        internal::QelHasName(*lElement, pName) && lElement->AllocateArrays();
+    return Register(lElement, lWhole, pOwner);
 }
 
 QelLayerElementUserData* QelLayerElementUserData::Create(QelLayerContainer* pOwner,
                                                          const QelLayerElementUserData& pOther)
 {
-    // NOLINTNEXTLINE(readability-identifier-naming): the refusal report "tmp != NULL" names it.
-    QelLayerElementUserData* tmp = QelNew<QelLayerElementUserData>(pOther);
-    if (!tmp) return ReportNoElement();
-    const bool lWhole = tmp->Holds(pOther.GetDataTypeCount(), pOther.GetDataNameCount()) &&
-                        tmp->HasChannels() && tmp->HasValuesOf(pOther);
-    return Register(tmp, lWhole, pOwner);
+    QelLayerElementUserData* lElement = QelNew<QelLayerElementUserData>(pOther);
+    if (!lElement) return ReportNoElement();
+    const bool lWhole = lElement->Holds(pOther.GetDataTypeCount(), pOther.GetDataNameCount()) &&
+                        lElement->HasChannels() && lElement->HasValuesOf(pOther);
+    return Register(lElement, lWhole, pOwner);
 }
 
 QelLayerElementUserData* QelLayerElementUserData::Register(QelLayerElementUserData* pElement,
